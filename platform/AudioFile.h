@@ -10,7 +10,7 @@ namespace quibel::platform {
 
 /// The decoded form of a song: 32-bit float samples, one array a channel.
 struct AudioFormat {
-  double sampleRate = 0;            ///< frames per second
+  double sampleRate = 0;  ///< frames per second
   std::uint32_t channelCount = 0;
 
   friend bool operator==(const AudioFormat&, const AudioFormat&) = default;
@@ -30,9 +30,7 @@ class AudioPCMBuffer {
   void setFrameLength(std::uint32_t frames) { frameLength_ = frames; }
 
   /// One pointer a channel to `frameCapacity` samples; null for a buffer of no channels.
-  float* const* floatChannelData() const {
-    return channels_.empty() ? nullptr : channels_.data();
-  }
+  float* const* floatChannelData() const { return channels_.empty() ? nullptr : channels_.data(); }
 
  private:
   std::uint32_t frameCapacity_;

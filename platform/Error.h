@@ -10,7 +10,8 @@ namespace quibel::platform {
 /// Its description is a Spanish sentence a person can act on, ready to be shown.
 class Error {
  public:
-  explicit Error(std::string localizedDescription) : description_(std::move(localizedDescription)) {}
+  explicit Error(std::string localizedDescription)
+      : description_(std::move(localizedDescription)) {}
 
   const std::string& localizedDescription() const { return description_; }
 

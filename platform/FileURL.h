@@ -22,9 +22,7 @@ class FileURL {
 
   /// Without the last extension: a.b.wav gives a.b. A name's leading dot does
   /// not begin an extension: .wav stays as it is.
-  FileURL deletingPathExtension() const {
-    return FileURL(path_.parent_path() / path_.stem());
-  }
+  FileURL deletingPathExtension() const { return FileURL(path_.parent_path() / path_.stem()); }
 
   FileURL appendingPathComponent(const std::string& component) const {
     return FileURL(path_ / component);

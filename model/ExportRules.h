@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "platform/ExportSession.h"
+#include "platform/FileURL.h"
+
+namespace quibel {
+
+/// The file name proposed for a song's ringtone: Mi canción.mp3 gives Mi canción.m4r.
+/// Only the last extension is replaced.
+std::string proposedFileName(const platform::FileURL& song);
+
+/// The part of the song that a fragment exports: from `start` on, `end` − `start`
+/// seconds but at most `maximumDuration`, in units of 1/600 s.
+platform::TimeRange exportTimeRange(double start, double end, double maximumDuration);
+
+}  // namespace quibel

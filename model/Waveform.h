@@ -1,0 +1,24 @@
+#pragma once
+
+#include <expected>
+#include <vector>
+
+#include "model/AudioError.h"
+#include "platform/AudioFile.h"
+
+namespace quibel {
+
+/// The song's envelope: one peak per bucket of consecutive frames, over all
+/// channels, scaled so that the loudest is 1 and none of a song with any sound
+/// is below 0.025. A silent song gives zeros. A bucket is length ÷ `count`
+/// frames and at least 256, so there are about `count` values for a long song
+/// and fewer for a short one.
+///
+/// `file` stands at its first frame and is left at its end. `count` is greater
+/// than 0. Any thread. Memory is one bucket; the file is decoded once.
+///
+/// Fails with AudioError::invalid where there is no buffer to decode into, and
+/// with the platform's error where a read fails.
+std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file, int count);
+
+}  // namespace quibel
