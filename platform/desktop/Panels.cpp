@@ -1,0 +1,120 @@
+#include "platform/desktop/Panels.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QMimeDatabase>
+#include <QStringList>
+#include <algorithm>
+#include <utility>
+
+#include "platform/desktop/LocalFileManager.h"
+#include "platform/desktop/Urls.h"
+
+namespace quibel::desktop {
+namespace {
+
+/// Kinds that the MIME database files under audio but that hold none: lists of
+/// other files, and notes for an instrument.
+bool holdsNoSound(const QString& mimeType) {
+  static const QStringList names{
+      QStringLiteral("audio/x-mpegurl"), QStringLiteral("audio/x-scpls"),
+      QStringLiteral("audio/x-ms-asx"),  QStringLiteral("audio/x-iriver-pla"),
+      QStringLiteral("audio/midi"),      QStringLiteral("audio/x-riff")};
+  return names.contains(mimeType);
+}
+
+/// Containers that the MIME database files under video or application but that
+/// often hold a song.
+const QStringList& containerPatterns() {
+  static const QStringList patterns{
+      QStringLiteral("*.mp4"),  QStringLiteral("*.m4v"),  QStringLiteral("*.mov"),
+      QStringLiteral("*.mkv"),  QStringLiteral("*.webm"), QStringLiteral("*.3gp"),
+      QStringLiteral("*.ogg"),  QStringLiteral("*.ogx"),  QStringLiteral("*.avi"),
+      QStringLiteral("*.asf"),  QStringLiteral("*.wmv"),  QStringLiteral("*.mpg"),
+      QStringLiteral("*.m4r"),  QStringLiteral("*.caf"),  QStringLiteral("*.w64"),
+      QStringLiteral("*.rf64"), QStringLiteral("*.ac3"),  QStringLiteral("*.dts")};
+  return patterns;
+}
+
+QStringList audioPatterns() {
+  QStringList patterns = containerPatterns();
+  for (const auto& type : QMimeDatabase().allMimeTypes())
+    if (type.name().startsWith(QLatin1String("audio/")) && !holdsNoSound(type.name()))
+      patterns += type.globPatterns();
+  // Not every desktop's dialog compares names without regard to case.
+  for (qsizetype index = 0, count = patterns.size(); index < count; ++index)
+    patterns.append(patterns[index].toUpper());
+  patterns.removeDuplicates();
+  patterns.sort();
+  return patterns;
+}
+
+/// What was chosen, with its name's own bytes.
+std::optional<platform::FileURL> chosenFile(const QFileDialog& dialog) {
+  const auto urls = dialog.selectedUrls();
+  if (urls.isEmpty()) return std::nullopt;
+  const auto exact = fileURL(urls.front());
+  if (!exact || LocalFileManager().fileExists(*exact)) return exact;
+  return fileShownAs(urls.front().toLocalFile());
+}
+
+bool mayReplace(const platform::FileURL& url) {
+  const auto name = QFile::decodeName(url.lastPathComponent().c_str());
+  return QMessageBox::warning(QApplication::activeWindow(), QStringLiteral("Quibel"),
+                              QStringLiteral("«%1» ya existe.\n¿Quieres reemplazarlo?").arg(name),
+                              QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) == QMessageBox::Yes;
+}
+
+}  // namespace
+
+QString nameFilter(const std::vector<platform::ContentType>& types) {
+  const bool anyAudio =
+      std::ranges::find(types, platform::ContentType::audio()) != types.end() || types.empty();
+  if (anyAudio) return QStringLiteral("Audio (%1)").arg(audioPatterns().join(QLatin1Char(' ')));
+  QStringList patterns;
+  for (const auto& type : types)
+    patterns.append(QStringLiteral("*.") + QString::fromStdString(type.filenameExtension));
+  return QStringLiteral("Tono para iPhone (%1)").arg(patterns.join(QLatin1Char(' ')));
+}
+
+platform::FileURL withExtension(const platform::FileURL& url, const std::string& extension) {
+  if (extension.empty() || url.path().has_extension()) return url;
+  return url.appendingPathExtension(extension);
+}
+
+std::optional<platform::FileURL> runOpenPanel(const platform::OpenPanel& panel) {
+  QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(panel.allowsMultipleSelection ? QFileDialog::ExistingFiles
+                                                   : QFileDialog::ExistingFile);
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
+  dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return chosenFile(dialog);
+}
+
+std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) {
+  const std::string extension =
+      panel.allowedContentTypes.empty() ? "" : panel.allowedContentTypes.front().filenameExtension;
+  QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.setDefaultSuffix(QString::fromStdString(extension));
+  dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
+  dialog.selectFile(QFile::decodeName(panel.nameFieldStringValue.c_str()));
+  while (dialog.exec() == QDialog::Accepted) {
+    const auto chosen = chosenFile(dialog);
+    if (!chosen) return std::nullopt;
+    // A dialog asks about the name it knows; the one with our extension is ours to ask about.
+    auto named = withExtension(*chosen, extension);
+    if (named == *chosen || !LocalFileManager().fileExists(named) || mayReplace(named))
+      return named;
+  }
+  return std::nullopt;
+}
+
+}  // namespace quibel::desktop
