@@ -89,7 +89,7 @@ class PlayerHandle final : public platform::AudioPlayer {
 
 class TimerHandle final : public platform::Timer {
  public:
-  TimerHandle(std::shared_ptr<Timer> state, Journal& journal)
+  TimerHandle(std::shared_ptr<fake::Timer> state, Journal& journal)
       : state_(std::move(state)), journal_(journal) {}
   ~TimerHandle() override { state_->isValid = false; }
 
@@ -99,7 +99,7 @@ class TimerHandle final : public platform::Timer {
   }
 
  private:
-  std::shared_ptr<Timer> state_;
+  std::shared_ptr<fake::Timer> state_;
   Journal& journal_;
 };
 

@@ -44,10 +44,10 @@ class Queue final : public platform::DispatchQueue {
 /// What a file holds, and how opening or reading it goes wrong.
 struct Song {
   double sampleRate = 44100;
-  std::vector<std::vector<float>> channels;  ///< the same number of frames in each
-  std::optional<platform::Error> openError;
-  std::optional<platform::Error> playError;
-  std::optional<platform::Error> readError;  ///< at the second read
+  std::vector<std::vector<float>> channels = {};  ///< the same number of frames in each
+  std::optional<platform::Error> openError = std::nullopt;
+  std::optional<platform::Error> playError = std::nullopt;
+  std::optional<platform::Error> readError = std::nullopt;  ///< at the second read
   bool makesBuffers = true;
   bool hasChannelData = true;
   bool endsEarly = false;  ///< reads deliver nothing from the second one on

@@ -1,0 +1,141 @@
+#include <cstddef>
+#include <limits>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "model/Waveform.h"
+#include "tests/support/FakePlatform.h"
+
+namespace quibel::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr int bucketCount = 900;
+
+/// The envelope of a song of one channel for each of `channels`.
+std::vector<double> envelope(std::vector<std::vector<float>> channels) {
+  const fake::Song song{.channels = std::move(channels)};
+  const auto file = fake::openSong(song);
+  return waveform(*file, bucketCount).value();
+}
+
+std::vector<float> frames(std::size_t count, float value = 1.0F) {
+  return std::vector<float>(count, value);
+}
+
+/// The frames asked of each read of a mono song of `count` frames.
+std::vector<std::uint32_t> readSizes(std::size_t count) {
+  const fake::Song song{.channels = {frames(count)}};
+  std::vector<std::uint32_t> sizes;
+  const auto file = fake::openSong(song, &sizes);
+  EXPECT_TRUE(waveform(*file, bucketCount));
+  return sizes;
+}
+
+TEST(WaveformTest, OneSecondAt44100HasBucketsOf256FramesAnd173Values) {
+  EXPECT_THAT(envelope({frames(44100)}), SizeIs(173));
+  EXPECT_THAT(readSizes(44100), Each(256));
+}
+
+TEST(WaveformTest, ThreeMinutesHaveBucketsOf8820FramesAndExactly900Values) {
+  EXPECT_THAT(envelope({frames(7'938'000)}), SizeIs(900));
+  EXPECT_THAT(readSizes(7'938'000), Each(8820));
+}
+
+TEST(WaveformTest, ThreeMinutesAndAHalfSecondHaveBucketsOf8844FramesAnd901Values) {
+  EXPECT_THAT(envelope({frames(7'960'050)}), SizeIs(901));
+  EXPECT_THAT(readSizes(7'960'050), Each(8844));
+}
+
+TEST(WaveformTest, LastLengthWithBucketsOf256FramesHas904Values) {
+  EXPECT_THAT(envelope({frames(231'299)}), SizeIs(904));
+  EXPECT_THAT(readSizes(231'299), Each(256));
+}
+
+TEST(WaveformTest, OneTo256FramesHaveOneValue) {
+  EXPECT_THAT(envelope({frames(1)}), SizeIs(1));
+  EXPECT_THAT(envelope({frames(256)}), SizeIs(1));
+  EXPECT_THAT(envelope({frames(257)}), SizeIs(2));
+}
+
+TEST(WaveformTest, SilenceHasZerosWithoutTheFloor) {
+  EXPECT_THAT(envelope({frames(2560, 0.0F)}), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+}
+
+TEST(WaveformTest, LoudestBucketBecomesOneAndFaintOnesAreRaisedToTheFloor) {
+  auto song = frames(512, 0.01F);
+  song[10] = 0.5F;
+  EXPECT_THAT(envelope({song}), ElementsAre(1.0, 0.025));
+}
+
+TEST(WaveformTest, ValuesAboveTheFloorAreScaledByTheLoudest) {
+  auto song = frames(512, 0.25F);
+  song[300] = -0.5F;
+  EXPECT_THAT(envelope({song}), ElementsAre(0.5, 1.0));
+}
+
+TEST(WaveformTest, ClickInOneChannelIsNotAveragedWithTheOthersSilence) {
+  auto right = frames(768, 0.0F);
+  right[300] = 1.0F;
+  EXPECT_THAT(envelope({frames(768, 0.0F), right}), ElementsAre(0.025, 1.0, 0.025));
+}
+
+TEST(WaveformTest, EachBucketIsClampedToFullScaleBeforeScaling) {
+  auto song = frames(768, 0.5F);
+  song[0] = 4.0F;
+  song[256] = -std::numeric_limits<float>::infinity();
+  EXPECT_THAT(envelope({song}), ElementsAre(1.0, 1.0, 0.5));
+}
+
+TEST(WaveformTest, SampleThatIsNotANumberNeverReplacesThePeak) {
+  constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+  auto song = frames(512, 0.25F);
+  song[255] = nan;  // after the others of its bucket
+  song[256] = nan;  // before the others of its bucket
+  EXPECT_THAT(envelope({song}), ElementsAre(1.0, 1.0));
+  EXPECT_THAT(envelope({frames(300, nan)}), ElementsAre(0.0, 0.0));
+}
+
+TEST(WaveformTest, PeakIsFoundAtEveryPlaceOfABucket) {
+  for (std::size_t place = 0; place < 37; ++place) {
+    auto song = frames(37, 0.1F);
+    song[place] = -0.8F;
+    auto loud = frames(256, 0.8F);
+    loud.insert(loud.end(), song.begin(), song.end());
+    EXPECT_THAT(envelope({loud}), ElementsAre(1.0, 1.0)) << "at " << place;
+  }
+}
+
+TEST(WaveformTest, NoBufferIsInvalidAudio) {
+  const fake::Song song{.channels = {frames(512)}, .makesBuffers = false};
+  const auto result = waveform(*fake::openSong(song), bucketCount);
+  ASSERT_FALSE(result);
+  EXPECT_EQ(result.error(), LoadError(AudioError::invalid));
+}
+
+TEST(WaveformTest, ReadErrorIsPassedOnUnchanged) {
+  const platform::Error error("El disco falla.");
+  const fake::Song song{.channels = {frames(512)}, .readError = error};
+  const auto result = waveform(*fake::openSong(song), bucketCount);
+  ASSERT_FALSE(result);
+  EXPECT_EQ(result.error(), LoadError(error));
+}
+
+TEST(WaveformTest, EmptyReadEndsTheSongQuietly) {
+  const fake::Song song{.channels = {frames(2560)}, .endsEarly = true};
+  EXPECT_THAT(waveform(*fake::openSong(song), bucketCount).value(), ElementsAre(1.0));
+}
+
+TEST(WaveformTest, BufferWithoutChannelDataEndsTheSongQuietly) {
+  const fake::Song song{.channels = {frames(2560)}, .hasChannelData = false};
+  EXPECT_THAT(waveform(*fake::openSong(song), bucketCount).value(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace quibel::test
