@@ -4,12 +4,13 @@
 #include <cstddef>
 #include <cstdlib>
 #include <expected>
-#include <fcntl.h>
 #include <span>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/desktop/ErrnoText.h"
 
