@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# check-sources.sh BUILD-FOLDER: holds the sources to .clang-format and
+# .clang-tidy, and the scripts to what bash and Python can tell without running.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+build=$1
+
+mapfile -d '' sources < <(find app views model platform tests benchmarks \
+  \( -name '*.cpp' -o -name '*.h' \) -print0)
+echo "clang-format: ${#sources[@]} files"
+clang-format-19 --dry-run --Werror "${sources[@]}"
+
+mapfile -t compiled < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
+  grep -v "/$build/" | sort -u)
+echo "clang-tidy: ${#compiled[@]} files"
+printf '%s\0' "${compiled[@]}" |
+  xargs -0 -n 1 -P "$(nproc)" clang-tidy-19 -p "$build" --quiet

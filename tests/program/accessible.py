@@ -1,0 +1,132 @@
+"""What the windows on a desktop show, read as a screen reader would."""
+
+import os
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+from waiting import wait_until  # noqa: E402
+
+
+class Box:
+    """A rectangle of the screen, in pixels."""
+
+    def __init__(self, x, y, width, height):
+        self.x, self.y, self.width, self.height = x, y, width, height
+
+    @property
+    def centre(self):
+        return self.x + self.width / 2, self.y + self.height / 2
+
+
+class Accessible:
+    """One element of a program's tree: what it is, what it is called, where it is."""
+
+    def __init__(self, node):
+        self._node = node
+
+    @property
+    def name(self):
+        return self._node.get_name()
+
+    @property
+    def role(self):
+        """The role's name, such as "button" or "slider"."""
+        return self._node.get_role_name()
+
+    @property
+    def text(self):
+        """The text of an entry."""
+        return Atspi.Text.get_text(self._node, 0, -1)
+
+    @text.setter
+    def text(self, value):
+        Atspi.EditableText.set_text_contents(self._node, value)
+
+    @property
+    def value(self):
+        """Where a slider stands."""
+        return Atspi.Value.get_current_value(self._node)
+
+    @property
+    def box(self):
+        extents = Atspi.Component.get_extents(self._node, Atspi.CoordType.SCREEN)
+        return Box(extents.x, extents.y, extents.width, extents.height)
+
+    @property
+    def enabled(self):
+        return self._has(Atspi.StateType.ENABLED)
+
+    @property
+    def showing(self):
+        return self._has(Atspi.StateType.SHOWING) and self._has(Atspi.StateType.VISIBLE)
+
+    @property
+    def selected(self):
+        return self._has(Atspi.StateType.SELECTED)
+
+    @property
+    def parent(self):
+        return Accessible(self._node.get_parent())
+
+    def walk(self):
+        """This element and all below it, parents first, in their order."""
+        yield self
+        for index in range(self._node.get_child_count()):
+            child = self._node.get_child_at_index(index)
+            if child is not None:
+                yield from Accessible(child).walk()
+
+    def _has(self, state):
+        return self._node.get_state_set().contains(state)
+
+
+class Screen:
+    """All programs on a desktop's accessibility bus.
+
+    The bus is found through the environment once in a process: a process reads one
+    desktop only.
+    """
+
+    def __init__(self, desktop):
+        os.environ.update(desktop.environment)
+        Atspi.init()
+        self._root = Atspi.get_desktop(0)
+        # Nobody runs the loop that would keep a cache fresh.
+        self._root.set_cache_mask(Atspi.Cache.NONE)
+
+    def elements(self, program):
+        """Every showing element of a program; none while it is not there or changing."""
+        try:
+            return [element for element in self._walk(program) if element.showing]
+        except GLib.Error:
+            return []
+
+    def find(self, program, role, name=None):
+        """The first showing element with that role and name, or None."""
+        for element in self.elements(program):
+            if element.role == role and name in (None, element.name):
+                return element
+        return None
+
+    def wait_for(self, program, role, name=None, seconds=15.0):
+        """The element with that role and name, once it shows."""
+        return wait_until(
+            lambda: self.find(program, role, name),
+            lambda: f"{role} {name!r} of {program}, which shows:\n" + self.describe(program),
+            seconds,
+        )
+
+    def describe(self, program):
+        """What a program shows, a line an element, for a person to read."""
+        shown = [f"  {element.role} {element.name!r}" for element in self.elements(program)]
+        return "\n".join(shown) or "  nothing"
+
+    def _walk(self, program):
+        for index in range(self._root.get_child_count()):
+            child = self._root.get_child_at_index(index)
+            if child is not None and child.get_name() == program:
+                child.set_cache_mask(Atspi.Cache.NONE)
+                yield from Accessible(child).walk()

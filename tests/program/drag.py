@@ -1,0 +1,55 @@
+"""Dragging something out of another program's window."""
+
+import os
+import urllib.parse
+
+from waiting import wait_until
+
+
+class Drag:
+    """Something to be dragged, in a window of its own.
+
+    It is data, as it is, under one MIME type.
+    """
+
+    def __init__(self, desktop, pointer, program, mime_type, data):
+        self._pointer = pointer
+        self._log = desktop.root / "quibel_drag_source.log"
+        self._earlier = self._log.stat().st_size if self._log.exists() else 0
+        self._process = desktop.start(str(program), mime_type, data)
+        ready = wait_until(lambda: self._said("ready"), "the window to drag from")
+        self._place = tuple(map(int, ready.split()[1:]))
+
+    def pick_up(self):
+        self._pointer.move(*self._place)
+        self._pointer.press()
+        return self
+
+    def move_over(self, x, y):
+        """Drags to a place of the screen and returns what the window there answers:
+        "accepts" or "refuses"."""
+        self._pointer.move(x - 4, y - 4)
+        self._pointer.move(x, y)
+        return wait_until(
+            lambda: self._said("accepts", "refuses"), "an answer from the window under the drag"
+        )
+
+    def drop(self):
+        """Lets go and returns how the drag ended: "finished" where the window took it,
+        "cancelled" where it did not."""
+        self._pointer.release()
+        ending = wait_until(lambda: self._said("finished", "cancelled"), "the end of the drag")
+        self._process.wait()
+        return ending
+
+    def _said(self, *words):
+        """The last line that begins with one of the words."""
+        with open(self._log, "rb") as log:
+            log.seek(self._earlier)
+            lines = log.read().decode(errors="replace").splitlines()
+        return next((line for line in reversed(lines) if line.split(" ")[0] in words), None)
+
+
+def uri_list(*paths):
+    """Paths as a list of file URLs. A path may be bytes, which need not be UTF-8."""
+    return "".join(f"file://{urllib.parse.quote(os.fsencode(path))}\r\n" for path in paths)

@@ -1,0 +1,46 @@
+"""What a person on a virtual desktop would hear."""
+
+import array
+import subprocess
+
+from waiting import wait_until
+
+RATE = 8000
+
+
+class Ear:
+    """Listens to what the sound server plays."""
+
+    def __init__(self, desktop):
+        self._recorder = subprocess.Popen(
+            ["parec", "--device=speakers.monitor", f"--rate={RATE}", "--channels=1",
+             "--format=s16le", "--latency-msec=50"],
+            env=desktop.environment, stdout=subprocess.PIPE,
+        )  # fmt: skip
+
+    def close(self):
+        self._recorder.terminate()
+        self._recorder.wait()
+        self._recorder.stdout.close()
+
+    def wait_for_sound(self, seconds=0.5):
+        """Until that much was heard in all."""
+        self._wait("sound", lambda loudest: loudest > 1000, seconds, pauses=True)
+
+    def wait_for_silence(self, seconds=0.5):
+        """Until nothing was heard for that long."""
+        self._wait("silence", lambda loudest: loudest == 0, seconds, pauses=False)
+
+    def _wait(self, what, wanted, seconds, pauses):
+        heard = 0
+
+        def long_enough():
+            nonlocal heard
+            piece = array.array("h", self._recorder.stdout.read(RATE // 10 * 2))
+            if wanted(max(map(abs, piece))):
+                heard += 1
+            elif not pauses:
+                heard = 0
+            return heard >= seconds * 10
+
+        wait_until(long_enough, f"{seconds} s of {what}", seconds=20)

@@ -1,0 +1,186 @@
+"""Quibel itself, worked from outside as a person would."""
+
+import re
+
+from accessible import Screen
+from drag import Drag, uri_list
+from pointer import Pointer
+from waiting import PATIENCE, wait_until
+
+CHOOSE = "Seleccionar canción…"
+CHANGE = "Cambiar canción…"
+LISTEN = "Escuchar en bucle"
+STOP = "Detener"
+CREATE = "Crear tono .m4r…"
+ACCEPT = "Aceptar"
+GUIDANCE = "Mueve los tiradores verde y naranja para escoger el fragmento."
+START_HANDLE = "Inicio del fragmento"
+END_HANDLE = "Final del fragmento"
+
+OPEN_PANEL = "Selecciona una canción"
+SAVE_PANEL = "Guardar tono para iPhone"
+
+PROGRAM = "quibel"
+
+
+class Quibel:
+    """A running Quibel on a virtual desktop.
+
+    build is the folder that holds the programs quibel and quibel_drag_source.
+    """
+
+    def __init__(self, desktop, build):
+        self.desktop = desktop
+        self._drag_source = build / "quibel_drag_source"
+        self.pointer = Pointer(desktop)
+        self.process = desktop.start(str(build / "quibel"))
+        self.screen = Screen(desktop)
+        self.window_id = wait_until(self._window_id, lambda: "the window:\n" + self.log)
+        wait_until(self.labels, lambda: "the window's texts:\n" + self.log, seconds=30)
+
+    @property
+    def log(self):
+        return self.desktop.log(PROGRAM)
+
+    @property
+    def box(self):
+        """Where the window is: x, y, width, height in pixels of the screen."""
+        geometry = self.desktop.run("xdotool", "getwindowgeometry", "--shell", self.window_id)
+        values = dict(line.split("=") for line in geometry.decode().split())
+        return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def labels(self):
+        """Every text that shows, in the window's order."""
+        return [e.name for e in self.screen.elements(PROGRAM) if e.role == "label" and e.name]
+
+    def wait_for(self, role, name=None, seconds=15.0):
+        """The element with that role and name, once it shows."""
+        return self.screen.wait_for(PROGRAM, role, name, seconds)
+
+    def has(self, role, name=None):
+        """Whether an element with that role and name shows now."""
+        return self.screen.find(PROGRAM, role, name) is not None
+
+    def button(self, name):
+        return self.wait_for("push button", name)
+
+    def has_button(self, name):
+        return self.has("push button", name)
+
+    def click(self, name):
+        """Clicks on a button once it stands still."""
+        button = self.button(name)
+        previous = None
+
+        def still():
+            nonlocal previous
+            before, previous = previous, button.box
+            return before == previous and previous
+
+        self.pointer.click(*wait_until(still, f"the button {name!r} to stand still").centre)
+
+    def close(self):
+        """Closes the window and returns what the process ended with."""
+        if self.process.poll() is None:
+            self.desktop.run("xdotool", "windowactivate", "--sync", self.window_id)
+            self.click("Cerrar")
+        return self.process.wait(30 * PATIENCE)
+
+    # Songs.
+
+    def offer(self, mime_type, data):
+        """Opens another window from which that can be dragged; see Drag."""
+        return Drag(self.desktop, self.pointer, self._drag_source, mime_type, data)
+
+    def offer_files(self, *paths):
+        return self.offer("text/uri-list", uri_list(*paths))
+
+    def drop_files(self, *paths):
+        """Drags files onto the window's middle and lets go; returns how that ended."""
+        drag = self.offer_files(*paths).pick_up()
+        drag.move_over(*self.middle())
+        return drag.drop()
+
+    def middle(self):
+        x, y, width, height = self.box
+        return x + width / 2, y + height / 2
+
+    def load(self, path):
+        """Drops a song and waits until it is ready to be edited."""
+        self.drop_files(path)
+        self.wait_until_loaded()
+
+    def wait_until_loaded(self):
+        self.wait_for("label", GUIDANCE, seconds=60)
+
+    # Panels.
+
+    def answer_panel(self, title, path):
+        """Writes a path into an open or save panel and confirms it."""
+        self.wait_for("dialog", title)
+        entry = self.wait_for("text")
+        entry.text = str(path)
+        self.pointer.type("Return")
+
+    def proposed_name(self):
+        return self.wait_for("text").text
+
+    def cancel_panel(self, title):
+        self.wait_for("dialog", title)
+        self.click("Cancelar")
+        wait_until(lambda: not self.has("dialog", title), f"the panel {title!r} to go")
+
+    def export(self, path):
+        """Asks for a ringtone at path; does not wait for it."""
+        self.click(CREATE)
+        self.answer_panel(SAVE_PANEL, path)
+
+    # The fragment.
+
+    def fragment(self):
+        """The fragment's start, length and end in seconds, as they read."""
+        labels = self.labels()
+        return tuple(
+            _seconds(labels[labels.index(title) + 1]) for title in ("INICIO", "DURACIÓN", "FINAL")
+        )
+
+    def drag_handle(self, name, x):
+        """Drags a handle with the mouse to a column of the screen."""
+        self.pointer.move(*self.handle(name).centre)
+        self.pointer.press()
+        # A person's pointer passes through what lies between.
+        self.pointer.move(x, self.handle(name).centre[1])
+        self.pointer.release()
+
+    def handle(self, name):
+        """Where a handle is."""
+        return self.wait_for("slider", name).box
+
+    # The alert.
+
+    def alert(self, seconds=30.0):
+        """The alert's message, once it shows."""
+        accept = self.wait_for("push button", ACCEPT, seconds)
+        window = accept.parent
+        while window.role not in ("alert", "dialog"):
+            window = window.parent
+        texts = [e.name for e in window.walk() if e.role == "label" and e.name and e.showing]
+        return next(text for text in texts if re.match(r"No se ha podido|Este formato", text))
+
+    def accept_alert(self):
+        self.click(ACCEPT)
+        wait_until(lambda: not self.has_button(ACCEPT), "the alert to go")
+
+    def _window_id(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"quibel ended with {self.process.returncode}:\n{self.log}")
+        try:
+            found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quibel$")
+        except Exception:  # xdotool fails while there is none
+            return None
+        return found.decode().split()[0]
+
+
+def _seconds(text):
+    minutes, seconds = text.split(":")
+    return int(minutes) * 60 + float(seconds)

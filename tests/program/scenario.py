@@ -1,0 +1,47 @@
+"""What every whole-program test stands on."""
+
+import os
+import pathlib
+import unittest
+
+from quibel import Quibel
+from virtual_desktop import VirtualDesktop
+
+
+class Scenario(unittest.TestCase):
+    """A test with a desktop of its own, on which Quibel has just been started and
+    from which it must leave in good order.
+
+    The folder of the programs comes from the environment, set by ctest.
+    """
+
+    language = "C.UTF-8"
+
+    def run(self, result=None):
+        self._result = result
+        return super().run(result)
+
+    def setUp(self):
+        self.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
+        self.desktop = self.enterContext(VirtualDesktop(self.language))
+        self.quibel = Quibel(self.desktop, self.build)
+        self.addCleanup(self._keep_evidence)
+
+    def tearDown(self):
+        """Ends Quibel as a person does, and sees it leave without a complaint."""
+        if not self._failed():
+            self.assertEqual(self.quibel.close(), 0, self.quibel.log)
+
+    def song(self, name):
+        """Where a song of that name goes."""
+        return self.desktop.home / name
+
+    def _failed(self):
+        return any(test is self for test, _ in self._result.failures + self._result.errors)
+
+    def _keep_evidence(self):
+        """After a failure: the window as it is, and what the program said."""
+        if self._failed():
+            picture = self.build / f"{self.id()}.png"
+            self.desktop.screenshot(picture)
+            print(f"The screen: {picture}\nQuibel said:\n{self.quibel.log}")

@@ -1,0 +1,62 @@
+import unittest
+
+import songs
+from quibel import CHANGE, CHOOSE, CREATE, LISTEN, OPEN_PANEL
+from scenario import Scenario
+
+
+class Welcome(Scenario):
+    def test_shows_the_invitation_and_no_song(self):
+        labels = self.quibel.labels()
+        self.assertIn("Quibel", labels)
+        self.assertIn("Tu canción favorita, convertida en tono para iPhone", labels)
+        self.assertIn("Arrastra aquí un archivo de audio", labels)
+        self.assertIn("MP3, M4A, WAV, AIFF y otros formatos compatibles con macOS", labels)
+        self.assertTrue(self.quibel.has_button(CHOOSE))
+        self.assertFalse(self.quibel.has_button(CHANGE))
+
+    def test_choosing_a_song_leads_to_the_workspace(self):
+        song = songs.tone(self.song("elegida.wav"), 50)
+        self.quibel.click(CHOOSE)
+        self.quibel.answer_panel(OPEN_PANEL, song)
+        self.quibel.wait_until_loaded()
+
+        self.assertIn("elegida.wav", self.quibel.labels())
+        self.assertIn("00:50.0", self.quibel.labels())
+        self.assertEqual(self.quibel.fragment(), (0, 40, 40))
+        self.assertFalse(self.quibel.has_button(CHOOSE))
+        for button in (CHANGE, LISTEN, CREATE):
+            self.assertTrue(self.quibel.has_button(button), button)
+
+    def test_cancelling_the_open_panel_leaves_it_as_it_was(self):
+        before = self.quibel.labels()
+        self.quibel.click(CHOOSE)
+        self.quibel.cancel_panel(OPEN_PANEL)
+        self.assertEqual(self.quibel.labels(), before)
+        self.assertTrue(self.quibel.has_button(CHOOSE))
+
+    def test_the_open_panel_offers_audio_only(self):
+        songs.tone(self.song("audio.wav"), 1)
+        self.song("texto.txt").write_text("hola")
+        self.quibel.click(CHOOSE)
+        self.quibel.wait_for("table cell", "audio.wav")
+        self.assertFalse(self.quibel.has("table cell", "texto.txt"))
+        self.quibel.cancel_panel(OPEN_PANEL)
+
+
+class WelcomeInTheCLocale(Scenario):
+    language = "C"
+
+    def test_texts_are_spanish(self):
+        self.assertIn("Arrastra aquí un archivo de audio", self.quibel.labels())
+        song = songs.tone(self.song("canción.wav"), 1)
+        self.quibel.load(song)
+        self.assertIn("canción.wav", self.quibel.labels())
+        self.assertIn("DURACIÓN", self.quibel.labels())
+        self.quibel.click(CHANGE)
+        self.assertTrue(self.quibel.button("Abrir"))
+        self.quibel.cancel_panel(OPEN_PANEL)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,69 @@
+import songs
+from scenario import Scenario
+from waiting import wait_until
+
+
+class Window(Scenario):
+    def properties(self, *names):
+        return self.desktop.run("xprop", "-id", self.quibel.window_id, *names).decode()
+
+    def test_has_no_title_bar(self):
+        # Left, right, top, bottom: what the window manager drew around it.
+        self.assertIn("= 0, 0, 0, 0", self.properties("_NET_FRAME_EXTENTS"))
+
+    def test_cannot_be_made_smaller_than_its_content(self):
+        x, y, width, height = self.quibel.box
+        pointer = self.quibel.pointer
+        self.drag_corner(100, 100)
+        wait_until(lambda: self.quibel.box[2:] == (width + 100, height + 100), self.size)
+        self.drag_corner(-500, -500)
+        wait_until(lambda: self.quibel.box[2:] == (780, 580), self.size)
+
+    def test_moves_when_its_empty_ground_is_dragged(self):
+        x, y, width, height = self.quibel.box
+        pointer = self.quibel.pointer
+        pointer.move(x + width / 2, y + 60)
+        pointer.press()
+        pointer.move(x + width / 2 - 30, y + 40)
+        pointer.move(x + width / 2 - 60, y + 20)
+        wait_until(lambda: self.quibel.box[:2] == (x - 60, y - 40), "the window to follow")
+        pointer.release()
+        self.assertEqual(self.quibel.box[2:], (width, height))
+
+    def test_maximises_and_comes_back(self):
+        before = self.quibel.box
+        self.quibel.click("Maximizar")
+        wait_until(lambda: self.quibel.box == (0, 0, 1280, 1024), self.size)
+        self.quibel.click("Restaurar")
+        wait_until(lambda: self.quibel.box == before, self.size)
+
+    def test_minimises(self):
+        self.quibel.click("Minimizar")
+        wait_until(lambda: "Iconic" in self.properties("WM_STATE"), "the window to go")
+        self.desktop.run("xdotool", "windowactivate", self.quibel.window_id)
+        wait_until(lambda: "Normal" in self.properties("WM_STATE"), "the window to come back")
+        self.quibel.button("Minimizar")
+
+    def test_closing_during_a_load_ends_the_program(self):
+        self.quibel.drop_files(songs.long_silence(self.song("eterna.wav"), hours=6))
+        self.quibel.wait_for("label", "Analizando audio…")
+        self.assertEqual(self.quibel.close(), 0, self.quibel.log)
+
+    def test_closing_during_the_loop_ends_the_program(self):
+        self.quibel.load(songs.tone(self.song("bucle.wav"), 2))
+        self.quibel.click("Escuchar en bucle")
+        self.quibel.button("Detener")
+        self.assertEqual(self.quibel.close(), 0, self.quibel.log)
+
+    def drag_corner(self, dx, dy):
+        """Drags the window's lower right corner."""
+        x, y, width, height = self.quibel.box
+        pointer = self.quibel.pointer
+        pointer.move(x + width - 2, y + height - 2)
+        pointer.press()
+        pointer.move(x + width - 2 + dx / 2, y + height - 2 + dy / 2)
+        pointer.move(x + width - 2 + dx, y + height - 2 + dy)
+        pointer.release()
+
+    def size(self):
+        return f"another place or size than {self.quibel.box}"
