@@ -17,6 +17,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+
 #include <xcb/xcb.h>
 
 namespace {
@@ -52,7 +53,7 @@ class TargetAnswers : public QAbstractNativeEventFilter {
         xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
     const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
         xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
-    return reply ? reply->atom : XCB_ATOM_NONE;
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
   xcb_atom_t status_;
@@ -61,10 +62,10 @@ class TargetAnswers : public QAbstractNativeEventFilter {
 
 class Source : public QWidget {
  public:
-  Source(QString mimeType, QByteArray data)
+  Source(QString mimeType, QByteArray content)
       : QWidget(nullptr, Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint),
         mimeType_(std::move(mimeType)),
-        data_(std::move(data)) {
+        content_(std::move(content)) {
     constexpr QSize size(60, 40);
     resize(size);
     // Out of the way of other windows, which open at the left and in the middle.
@@ -74,10 +75,10 @@ class Source : public QWidget {
 
  protected:
   void mousePressEvent(QMouseEvent* /*event*/) override {
-    auto* content = new QMimeData;
-    content->setData(mimeType_, data_);
+    auto* dragged = new QMimeData;
+    dragged->setData(mimeType_, content_);
     auto* drag = new QDrag(this);
-    drag->setMimeData(content);
+    drag->setMimeData(dragged);
     if (drag->exec(Qt::CopyAction) == Qt::IgnoreAction) {
       say("cancelled");
       QCoreApplication::quit();
@@ -91,7 +92,7 @@ class Source : public QWidget {
 
  private:
   QString mimeType_;
-  QByteArray data_;
+  QByteArray content_;
 };
 
 }  // namespace
