@@ -56,7 +56,7 @@ QStringList audioPatterns() {
 std::optional<platform::FileURL> chosenFile(const QFileDialog& dialog) {
   const auto urls = dialog.selectedUrls();
   if (urls.isEmpty()) return std::nullopt;
-  const auto exact = fileURL(urls.front());
+  auto exact = fileURL(urls.front());
   if (!exact || LocalFileManager().fileExists(*exact)) return exact;
   return fileShownAs(urls.front().toLocalFile());
 }

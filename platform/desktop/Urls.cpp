@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 /// The one entry of `folder` that Qt shows as `name`, or the name as it is.
 std::string entryShownAs(const fs::path& folder, const QString& name) {
-  const std::string plain = QFile::encodeName(name).toStdString();
+  std::string plain = QFile::encodeName(name).toStdString();
   if (!name.contains(QChar::ReplacementCharacter)) return plain;
   std::optional<std::string> match;
   std::error_code error;
