@@ -32,6 +32,10 @@ class Accessible:
         return self._node.get_name()
 
     @property
+    def description(self):
+        return self._node.get_description()
+
+    @property
     def role(self):
         """The role's name, such as "button" or "slider"."""
         return self._node.get_role_name()

@@ -139,10 +139,7 @@ class Quibel:
 
     def fragment(self):
         """The fragment's start, length and end in seconds, as they read."""
-        labels = self.labels()
-        return tuple(
-            _seconds(labels[labels.index(title) + 1]) for title in ("INICIO", "DURACIÓN", "FINAL")
-        )
+        return tuple(map(self._read_out, ("INICIO", "DURACIÓN", "FINAL")))
 
     def drag_handle(self, name, x):
         """Drags a handle with the mouse to a column of the screen."""
@@ -171,6 +168,12 @@ class Quibel:
         self.click(ACCEPT)
         wait_until(lambda: not self.has_button(ACCEPT), "the alert to go")
 
+    def _read_out(self, title):
+        """The time under a title, in seconds."""
+        times = (e for e in self.screen.elements(PROGRAM) if e.description == title)
+        minutes, seconds = next(times).name.split(":")
+        return int(minutes) * 60 + float(seconds)
+
     def _window_id(self):
         if self.process.poll() is not None:
             raise AssertionError(f"quibel ended with {self.process.returncode}:\n{self.log}")
@@ -179,8 +182,3 @@ class Quibel:
         except Exception:  # xdotool fails while there is none
             return None
         return found.decode().split()[0]
-
-
-def _seconds(text):
-    minutes, seconds = text.split(":")
-    return int(minutes) * 60 + float(seconds)
