@@ -1,0 +1,134 @@
+#include "app/DesktopPlatform.h"
+
+#include <QUuid>
+#include <condition_variable>
+#include <csignal>
+#include <mutex>
+#include <utility>
+
+#include "platform/desktop/Panels.h"
+#include "platform/desktop/PreciseTimer.h"
+#include "platform/desktop/Reveal.h"
+#include "platform/ffmpeg/AudioFile.h"
+#include "platform/ffmpeg/ExportSession.h"
+
+namespace quibel {
+
+/// Counts the exports whose completion handler has not returned.
+class ExportsUnderWay {
+ public:
+  void begin() {
+    const std::lock_guard lock(mutex_);
+    ++count_;
+  }
+
+  void end() {
+    const std::lock_guard lock(mutex_);
+    --count_;
+    changed_.notify_all();
+  }
+
+  void wait() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return count_ == 0; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int count_ = 0;
+};
+
+namespace {
+
+/// A session that is counted while it exports: its handler uses the main queue,
+/// which must not go away before that.
+class CountedExportSession final : public platform::ExportSession {
+ public:
+  CountedExportSession(std::shared_ptr<platform::ExportSession> session,
+                       std::shared_ptr<ExportsUnderWay> exports)
+      : session_(std::move(session)), exports_(std::move(exports)) {}
+
+  void setOutputURL(const platform::FileURL& url) override { session_->setOutputURL(url); }
+  void setOutputFileType(platform::FileType type) override { session_->setOutputFileType(type); }
+  void setTimeRange(const platform::TimeRange& range) override { session_->setTimeRange(range); }
+
+  void exportAsynchronously(std::function<void()> completionHandler) override {
+    exports_->begin();
+    session_->exportAsynchronously([exports = exports_, handler = std::move(completionHandler)] {
+      handler();
+      exports->end();
+    });
+  }
+
+  platform::ExportStatus status() const override { return session_->status(); }
+  std::optional<platform::Error> error() const override { return session_->error(); }
+
+ private:
+  const std::shared_ptr<platform::ExportSession> session_;
+  const std::shared_ptr<ExportsUnderWay> exports_;
+};
+
+}  // namespace
+
+DesktopPlatform::DesktopPlatform() : exports_(std::make_shared<ExportsUnderWay>()) {
+  // A file that outgrows the person's limit is then an error of its write, with
+  // a message, and not the end of the process.
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+DesktopPlatform::~DesktopPlatform() {
+  stop_.request_stop();
+  mainQueue_.shutDown();
+  exports_->wait();
+}
+
+platform::Result<std::unique_ptr<platform::AudioFile>> DesktopPlatform::openAudioFile(
+    const platform::FileURL& url) {
+  // Who opens a song soon listens to it.
+  audioOutput_.warmUp();
+  return ffmpeg::openAudioFile(url, stop_.get_token());
+}
+
+platform::Result<std::unique_ptr<platform::AudioPlayer>> DesktopPlatform::openAudioPlayer(
+    const platform::FileURL& url) {
+  auto song = ffmpeg::openAudioFile(url, stop_.get_token());
+  if (!song) return std::unexpected(song.error());
+  return audioOutput_.makePlayer(std::move(*song));
+}
+
+std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(
+    const platform::FileURL& url) {
+  auto session = ffmpeg::makeExportSession(url, stop_.get_token());
+  if (!session) return nullptr;
+  return std::make_shared<CountedExportSession>(std::move(session), exports_);
+}
+
+std::optional<platform::FileURL> DesktopPlatform::runModal(const platform::OpenPanel& panel) {
+  return desktop::runOpenPanel(panel);
+}
+
+std::optional<platform::FileURL> DesktopPlatform::runModal(const platform::SavePanel& panel) {
+  return desktop::runSavePanel(panel);
+}
+
+std::optional<platform::ContentType> DesktopPlatform::contentType(
+    const std::string& filenameExtension) {
+  // Here a type is a filter on names, and there is one for every extension.
+  return platform::ContentType{filenameExtension};
+}
+
+void DesktopPlatform::activateFileViewerSelecting(const std::vector<platform::FileURL>& urls) {
+  desktop::reveal(urls);
+}
+
+std::unique_ptr<platform::Timer> DesktopPlatform::scheduledTimer(double interval,
+                                                                 std::function<void()> block) {
+  return std::make_unique<desktop::PreciseTimer>(interval, std::move(block));
+}
+
+std::string DesktopPlatform::uuidString() {
+  return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+}
+
+}  // namespace quibel
