@@ -18,9 +18,10 @@ std::int64_t truncated(double seconds) {
   return static_cast<std::int64_t>(seconds);
 }
 
-/// `text` with zeros put between its sign and its digits up to `width` characters.
+/// `text` with zeros before it up to `width` characters. A negative field never
+/// needs any: its sign already fills the place.
 std::string zeroPadded(std::string text, std::size_t width) {
-  if (text.size() < width) text.insert(text.front() == '-' ? 1 : 0, width - text.size(), '0');
+  if (text.size() < width) text.insert(0, width - text.size(), '0');
   return text;
 }
 

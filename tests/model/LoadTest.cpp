@@ -100,7 +100,7 @@ TEST_F(LoadTest, SongOf3MinutesEndsTheSelectionAt40) {
 }
 
 TEST_F(LoadTest, EnvelopeIsAskedForIn900Buckets) {
-  loadSong(9000);  // 900,000 frames
+  loadSong(8100);  // 810,000 frames, a whole number of 900 for each bucket
   EXPECT_THAT(model->samples(), SizeIs(900));
 }
 
@@ -172,6 +172,16 @@ TEST_F(LoadTest, SameFileTwiceGivesUpItsAccessAndAsksAgain) {
   model->load(*model->audioURL());
   EXPECT_THAT(machine.journal.entries,
               ElementsAre("stop access /x/song.mp3", "start access /x/song.mp3"));
+}
+
+TEST_F(LoadTest, AccessGivenUpForASongThatIsRefusedItIsNotGivenUpAgain) {
+  machine.grantsAccess = true;
+  loadSong(25);
+  machine.grantsAccess = false;
+  loadSong(30, "/x/next.mp3");
+  machine.journal.entries.clear();
+  model.reset();
+  EXPECT_THAT(machine.journal.entries, IsEmpty());
 }
 
 TEST_F(LoadTest, RefusedAccessIsNoErrorAndIsNeverGivenUp) {

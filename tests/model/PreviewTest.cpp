@@ -70,6 +70,17 @@ TEST_F(PreviewTest, StoppingWithNothingPlayingOnlySetsTheFlagAndThePlayhead) {
   EXPECT_THAT(recorder.events(), ElementsAre("unchanged", "playhead = 4"));
 }
 
+TEST_F(PreviewTest, StoppingTwiceEndsPlayerAndTimerOnce) {
+  startLoop();
+  model->stopPreview();
+  Recorder recorder(*model, machine.journal);
+  recorder.restart();
+
+  model->stopPreview();
+
+  EXPECT_THAT(recorder.events(), ElementsAre("unchanged", "unchanged"));
+}
+
 TEST_F(PreviewTest, TickMovesThePlayheadWithThePlayer) {
   startLoop();
   player().currentTime = 12.5;
