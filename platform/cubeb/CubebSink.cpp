@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <expected>
 #include <string>
 #include <utility>
 
@@ -21,10 +22,16 @@ struct DestroyStream {
 /// is heard at once, long enough for a busy desktop.
 constexpr double latency = 0.040;
 
+std::unexpected<platform::Error> noOutput() {
+  return std::unexpected(
+      platform::Error("No hay ninguna salida de sonido disponible. Conecta unos altavoces o unos "
+                      "auriculares y comprueba los ajustes de sonido."));
+}
+
 class CubebSink final : public Sink {
  public:
-  CubebSink(std::shared_ptr<::cubeb> context, SinkSource& source, std::uint32_t channels)
-      : context_(std::move(context)), source_(source), channels_(channels) {}
+  CubebSink(std::shared_ptr<::cubeb> context, SinkSource& source)
+      : context_(std::move(context)), source_(source) {}
 
   ~CubebSink() override {
     if (stream_) cubeb_stream_stop(stream_.get());
@@ -64,7 +71,6 @@ class CubebSink final : public Sink {
 
   std::shared_ptr<::cubeb> context_;
   SinkSource& source_;
-  std::uint32_t channels_;
   std::atomic<bool> failed_ = false;
   std::unique_ptr<::cubeb_stream, DestroyStream> stream_;
 };
@@ -87,15 +93,13 @@ class CubebContext final : public SinkContext {
     if (cubeb_get_min_latency(context_.get(), &params, &least) == CUBEB_OK)
       frames = std::max(frames, least);
 
-    auto sink = std::make_unique<CubebSink>(context_, source, format.channels);
+    auto sink = std::make_unique<CubebSink>(context_, source);
     const int result = sink->open(params, frames);
     if (result == CUBEB_OK) return sink;
     if (result == CUBEB_ERROR_INVALID_FORMAT)
       return std::unexpected(platform::Error("La salida de sonido no admite este audio (" +
                                              std::to_string(format.rate) + " Hz)."));
-    return std::unexpected(
-        platform::Error("No hay ninguna salida de sonido disponible. Conecta unos altavoces o unos "
-                        "auriculares y comprueba los ajustes de sonido."));
+    return noOutput();
   }
 
  private:
@@ -106,10 +110,7 @@ class CubebContext final : public SinkContext {
 
 platform::Result<std::unique_ptr<SinkContext>> connectCubeb() {
   ::cubeb* context = nullptr;
-  if (cubeb_init(&context, "Quibel", nullptr) != CUBEB_OK)
-    return std::unexpected(
-        platform::Error("No hay ninguna salida de sonido disponible. Conecta unos altavoces o unos "
-                        "auriculares y comprueba los ajustes de sonido."));
+  if (cubeb_init(&context, "Quibel", nullptr) != CUBEB_OK) return noOutput();
   return std::make_unique<CubebContext>(std::shared_ptr<::cubeb>(context, DestroyContext{}));
 }
 
