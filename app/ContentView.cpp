@@ -1,0 +1,136 @@
+#include "app/ContentView.h"
+
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+#include <optional>
+
+#include "app/AlertDialog.h"
+#include "app/Header.h"
+#include "app/StatusArea.h"
+#include "platform/desktop/Urls.h"
+#include "views/DisplayText.h"
+#include "views/Theme.h"
+#include "views/WelcomeScreen.h"
+#include "views/WorkspaceScreen.h"
+
+namespace quibel {
+namespace {
+
+// The first of the dragged items that is a file; the others do not count.
+std::optional<platform::FileURL> firstFile(const QMimeData& data) {
+  for (const QUrl& url : data.urls()) {
+    if (auto file = desktop::fileURL(url)) return file;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+ContentView::ContentView(QWidget* parent)
+    : ContentView(std::make_shared<AudioEditorModel>(), parent) {}
+
+ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
+    : QWidget(parent), editor_(std::move(editor)) {
+  header_ = new Header(editor_);
+  welcome_ = new WelcomeScreen(editor_);
+  workspace_ = new WorkspaceScreen(editor_);
+  status_ = new StatusArea;
+  screens_ = new QStackedWidget;
+  screens_->addWidget(welcome_);
+  screens_->addWidget(workspace_);
+
+  auto* const column = new QVBoxLayout(this);
+  column->setContentsMargins(padding, padding, padding, padding);
+  column->setSpacing(20);
+  // Where the screen does not take all the room, the three rows stay together
+  // in the middle of the window.
+  column->addStretch();
+  column->addWidget(header_);
+  column->addWidget(screens_);
+  column->addWidget(status_);
+  column->addStretch();
+
+  setAcceptDrops(true);
+  subscription_ = editor_->objectWillChange().subscribe([this] { scheduleRefresh(); });
+  refresh();
+}
+
+ContentView::~ContentView() = default;
+
+QSize ContentView::minimumSizeHint() const {
+  return layout()->totalMinimumSize().expandedTo(minimumContentSize);
+}
+
+void ContentView::scheduleRefresh() {
+  if (refreshScheduled_) return;
+  refreshScheduled_ = true;
+  QMetaObject::invokeMethod(this, &ContentView::refresh, Qt::QueuedConnection);
+}
+
+void ContentView::refresh() {
+  refreshScheduled_ = false;
+  const bool hasSong = editor_->audioURL().has_value();
+  header_->refresh();
+  if (hasSong) workspace_->refresh();
+  screens_->setCurrentWidget(hasSong ? static_cast<QWidget*>(workspace_) : welcome_);
+  screens_->setSizePolicy(QSizePolicy::Expanding,
+                          hasSong ? QSizePolicy::Fixed : QSizePolicy::Expanding);
+  if (!editor_->isBusy()) {
+    status_->showStatus(displayText(editor_->status()));
+  } else if (editor_->isExporting()) {
+    status_->showProgress(tr("Creando tono…"));
+  } else {
+    status_->showProgress(tr("Analizando audio…"));
+  }
+  refreshAlert();
+}
+
+void ContentView::refreshAlert() {
+  const bool raised = editor_->showAlert();
+  if (raised && !alert_) {
+    alert_ = new AlertDialog(this);
+    connect(alert_, &QDialog::finished, this, [this] {
+      if (editor_->showAlert()) editor_->showAlertBinding().set(false);
+    });
+  }
+  if (!alert_) return;
+  if (raised) {
+    alert_->showMessage(displayText(editor_->alertText()));
+  } else {
+    alert_->close();
+  }
+}
+
+void ContentView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const auto palette = colors(this->palette());
+  QLinearGradient gradient(0, 0, 0, height());
+  gradient.setColorAt(0, palette.windowBackground);
+  gradient.setColorAt(1, blended(palette.accent, 0.09, palette.windowBackground));
+  painter.fillRect(rect(), gradient);
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent* event) {
+  if (!firstFile(*event->mimeData())) return event->ignore();
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  welcome_->setDropping(true);
+}
+
+void ContentView::dragLeaveEvent(QDragLeaveEvent*) { welcome_->setDropping(false); }
+
+void ContentView::dropEvent(QDropEvent* event) {
+  welcome_->setDropping(false);
+  const auto file = firstFile(*event->mimeData());
+  if (!file) return event->ignore();
+  // Always a copy: a source that offers to move must not delete the song.
+  event->setDropAction(Qt::CopyAction);
+  event->accept();
+  QMetaObject::invokeMethod(
+      this, [editor = editor_, file = *file] { editor->load(file); }, Qt::QueuedConnection);
+}
+
+}  // namespace quibel

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "model/AudioEditorModel.h"
+
+class QStackedWidget;
+
+namespace quibel {
+
+class AlertDialog;
+class Header;
+class StatusArea;
+class WelcomeScreen;
+class WorkspaceScreen;
+
+/// What fills the window: the header, one of the two screens and the status
+/// area on a gradient, the drop target and the alert. It owns the window's one
+/// model. However much changes in the model in one turn of the event loop, all
+/// views read it afresh once, in the next.
+class ContentView : public QWidget {
+  Q_OBJECT
+
+ public:
+  static constexpr QSize minimumContentSize{780, 580};
+  static constexpr int padding = 28;
+
+  explicit ContentView(QWidget* parent = nullptr);
+  /// With a model made elsewhere.
+  explicit ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* parent = nullptr);
+  ~ContentView() override;
+
+  AudioEditorModel& editor() { return *editor_; }
+
+  /// Never below minimumContentSize; more only where the fonts need it.
+  QSize minimumSizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragLeaveEvent(QDragLeaveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  void scheduleRefresh();
+  void refresh();
+  void refreshAlert();
+
+  std::shared_ptr<AudioEditorModel> editor_;
+  Header* header_;
+  QStackedWidget* screens_;
+  WelcomeScreen* welcome_;
+  WorkspaceScreen* workspace_;
+  StatusArea* status_;
+  AlertDialog* alert_ = nullptr;
+  bool refreshScheduled_ = false;
+  ChangeAnnouncer::Subscription subscription_;
+};
+
+}  // namespace quibel

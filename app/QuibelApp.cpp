@@ -1,0 +1,37 @@
+#include "app/QuibelApp.h"
+
+#include <QDebug>
+#include <exception>
+
+#include "app/Window.h"
+#include "platform/desktop/SpanishTexts.h"
+
+namespace quibel {
+
+QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
+  setApplicationName(QStringLiteral("quibel"));
+  setApplicationDisplayName(QStringLiteral("Quibel"));
+  setDesktopFileName(QStringLiteral("quibel"));
+  desktop::installSpanishTexts(*this);
+}
+
+int QuibelApp::run() {
+  Window window;
+  window.show();
+  return exec();
+}
+
+bool QuibelApp::notify(QObject* receiver, QEvent* event) {
+  // Qt's loop is no place for an exception to pass through: what an event
+  // handler could not do stays undone, and the window lives on.
+  try {
+    return QApplication::notify(receiver, event);
+  } catch (const std::exception& error) {
+    qCritical("Unhandled error: %s", error.what());
+  } catch (...) {
+    qCritical("Unhandled error");
+  }
+  return true;
+}
+
+}  // namespace quibel

@@ -1,0 +1,46 @@
+#include "app/StatusArea.h"
+
+#include <QHBoxLayout>
+
+#include "app/Spinner.h"
+#include "views/DisplayText.h"
+#include "views/TextLabel.h"
+
+namespace quibel {
+namespace {
+
+QWidget* makeCentredRow(std::initializer_list<QWidget*> widgets) {
+  auto* const page = new QWidget;
+  auto* const row = new QHBoxLayout(page);
+  row->setContentsMargins({});
+  row->setSpacing(defaultSpacing);
+  row->addStretch(1);
+  for (auto* widget : widgets) row->addWidget(widget);
+  row->addStretch(1);
+  return page;
+}
+
+}  // namespace
+
+StatusArea::StatusArea(QWidget* parent) : QStackedWidget(parent) {
+  progress_ = new TextLabel(TextStyle::body);
+  status_ =
+      new TextLabel(TextStyle::callout, TextLabel::Role::secondary, TextLabel::Feature::elided);
+  addWidget(makeCentredRow({new Spinner, progress_}));
+  addWidget(makeCentredRow({status_}));
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  showStatus({});
+}
+
+void StatusArea::showProgress(const QString& text) {
+  progress_->show(text);
+  setCurrentIndex(0);
+}
+
+void StatusArea::showStatus(const QString& text) {
+  status_->show(text);
+  status_->setToolTip(plainToolTip(text));
+  setCurrentIndex(1);
+}
+
+}  // namespace quibel

@@ -1,0 +1,78 @@
+#include "app/Window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMouseEvent>
+#include <QShortcut>
+#include <QWindow>
+
+#include "app/ContentView.h"
+#include "app/WindowControls.h"
+#include "app/WindowDrag.h"
+
+namespace quibel {
+namespace {
+
+constexpr int stripHeight = ContentView::padding;
+
+}  // namespace
+
+Window::Window() : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint) {
+  setWindowTitle(tr("Quibel"));
+  setAccessibleName(tr("Quibel"));
+  content_ = new ContentView;
+  setCentralWidget(content_);
+  // A child of the content, so that a file may be dropped on it as well.
+  controls_ = new WindowControls(content_);
+  connect(controls_, &WindowControls::minimise, this, &QWidget::showMinimized);
+  connect(controls_, &WindowControls::toggleMaximised, this, &Window::toggleMaximised);
+  connect(controls_, &WindowControls::close, this, &QWidget::close);
+  for (const auto key : {QKeySequence::Close, QKeySequence::Quit}) {
+    connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
+  }
+
+  resize(content_->minimumSizeHint());
+  create();
+  drag_ = new WindowDrag(*windowHandle());
+}
+
+void Window::toggleMaximised() { setWindowState(windowState() ^ Qt::WindowMaximized); }
+
+void Window::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::WindowStateChange) controls_->setMaximised(isMaximized());
+  QMainWindow::changeEvent(event);
+}
+
+void Window::closeEvent(QCloseEvent* event) {
+  event->accept();
+  // Ends the loop of an open panel too, which waits inside the application's.
+  QCoreApplication::exit();
+}
+
+void Window::resizeEvent(QResizeEvent* event) {
+  QMainWindow::resizeEvent(event);
+  const int gap = (stripHeight - controls_->height()) / 2;
+  controls_->move(width() - controls_->width() - 2 * gap, gap);
+  controls_->raise();
+}
+
+void Window::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) groundPressedAt_ = event->globalPosition().toPoint();
+}
+
+void Window::mouseMoveEvent(QMouseEvent* event) {
+  if (!groundPressedAt_) return;
+  const auto distance = event->globalPosition().toPoint() - *groundPressedAt_;
+  if (distance.manhattanLength() < QApplication::startDragDistance()) return;
+  groundPressedAt_.reset();
+  drag_->move();
+}
+
+void Window::mouseReleaseEvent(QMouseEvent*) { groundPressedAt_.reset(); }
+
+void Window::mouseDoubleClickEvent(QMouseEvent* event) {
+  groundPressedAt_.reset();
+  if (event->button() == Qt::LeftButton && event->position().y() < stripHeight) toggleMaximised();
+}
+
+}  // namespace quibel

@@ -1,0 +1,72 @@
+#include "app/WindowControls.h"
+
+#include <QFocusEvent>
+#include <QHBoxLayout>
+#include <QPainter>
+
+#include "views/FocusReason.h"
+#include "views/Theme.h"
+
+namespace quibel {
+
+WindowControl::WindowControl(Symbol symbol, const QString& name, QWidget* parent)
+    : QAbstractButton(parent) {
+  setAttribute(Qt::WA_Hover);
+  setFocusPolicy(Qt::TabFocus);
+  show(symbol, name);
+}
+
+void WindowControl::show(Symbol symbol, const QString& name) {
+  symbol_ = symbol;
+  setAccessibleName(name);
+  setToolTip(name);
+  update();
+}
+
+void WindowControl::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const auto palette = colors(this->palette());
+  const double opacity = isDown() ? 0.22 : underMouse() ? 0.14 : 0.07;
+  painter.setPen(keyboardFocused_ ? QPen(palette.accent, 2) : QPen(Qt::NoPen));
+  painter.setBrush(withOpacity(palette.text, opacity));
+  const double inset = keyboardFocused_ ? 1 : 0;
+  painter.drawEllipse(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
+  const QRectF square((width() - 12) / 2.0, (height() - 12) / 2.0, 12, 12);
+  paintSymbol(painter, symbol_, square, isActiveWindow() ? palette.text : palette.secondary);
+}
+
+void WindowControl::focusInEvent(QFocusEvent* event) {
+  keyboardFocused_ = showsFocus(event->reason(), keyboardFocused_);
+  QAbstractButton::focusInEvent(event);
+}
+
+void WindowControl::focusOutEvent(QFocusEvent* event) {
+  if (event->reason() != Qt::ActiveWindowFocusReason) keyboardFocused_ = false;
+  QAbstractButton::focusOutEvent(event);
+}
+
+WindowControls::WindowControls(QWidget* parent) : QWidget(parent) {
+  auto* const minimise = new WindowControl(Symbol::windowMinimise, tr("Minimizar"), this);
+  maximise_ = new WindowControl(Symbol::windowMaximise, tr("Maximizar"), this);
+  auto* const close = new WindowControl(Symbol::windowClose, tr("Cerrar"), this);
+  connect(minimise, &QAbstractButton::clicked, this, &WindowControls::minimise);
+  connect(maximise_, &QAbstractButton::clicked, this, &WindowControls::toggleMaximised);
+  connect(close, &QAbstractButton::clicked, this, &WindowControls::close);
+
+  auto* const row = new QHBoxLayout(this);
+  row->setContentsMargins({});
+  row->setSpacing(6);
+  for (auto* control : {minimise, maximise_, close}) row->addWidget(control);
+  resize(row->sizeHint());
+}
+
+void WindowControls::setMaximised(bool maximised) {
+  if (maximised) {
+    maximise_->show(Symbol::windowRestore, tr("Restaurar"));
+  } else {
+    maximise_->show(Symbol::windowMaximise, tr("Maximizar"));
+  }
+}
+
+}  // namespace quibel

@@ -1,0 +1,11 @@
+#include "app/DesktopPlatform.h"
+#include "app/QuibelApp.h"
+
+int main(int, char** argv) {
+  // The application takes no options, and none is handed on to Qt.
+  int argc = 1;
+  quibel::QuibelApp app(argc, argv);
+  quibel::DesktopPlatform platform;
+  quibel::platform::Platform::setStandard(&platform);
+  return app.run();
+}

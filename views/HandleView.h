@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+namespace quibel {
+
+/// What a handle does to the fragment. All times in seconds.
+struct HandleActions {
+  std::function<double()> value;  ///< where the handle is
+  std::function<double()> songDuration;
+  std::function<void(double x)> dragTo;     ///< the pointer's x in the strip, in points
+  std::function<double(double time)> rule;  ///< where a drag to `time` would put it
+  std::function<void(double time)> set;     ///< moves it, past no rule
+};
+
+/// One handle's part of the strip that reacts: the pointer, the keyboard and
+/// assistive technology. It draws nothing; the strip draws the handle below it.
+///
+/// Keys: the arrows move it by 0.1 s, with Shift by 1 s, Page Up and Page Down
+/// by 5 s, Home and End as far as it goes.
+class HandleView : public QWidget {
+  Q_OBJECT
+
+ public:
+  HandleView(const QString& name, HandleActions actions, QWidget* strip);
+
+  /// Places the handle's strip around `x`, in points from the strip's left edge.
+  void placeAt(double x);
+
+  /// Tells assistive technology of the value, if it is another than last time.
+  void announceValue();
+
+  /// Whether the keyboard moves this handle, to be shown.
+  bool isKeyboardFocused() const { return keyboardFocused_; }
+
+  double value() const { return actions_.value(); }
+  double minimum() const;
+  double maximum() const;
+  /// Moves the handle as a drag to `time` would.
+  void moveTo(double time);
+
+ Q_SIGNALS:
+  void focusShownChanged();
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+
+ private:
+  void drag(QMouseEvent* event);
+  void showKeyboardFocus(bool shown);
+
+  HandleActions actions_;
+  double announcedValue_ = 0;
+  bool keyboardFocused_ = false;
+};
+
+/// The step of the arrow keys, in seconds.
+inline constexpr double handleStep = 0.1;
+
+}  // namespace quibel

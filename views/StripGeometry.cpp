@@ -1,0 +1,50 @@
+#include "views/StripGeometry.h"
+
+#include <algorithm>
+
+#include "views/SelectionGeometry.h"
+
+namespace quibel {
+namespace {
+
+QRectF centred(double x, double height, double itemWidth, double itemHeight) {
+  return {x - itemWidth / 2, (height - itemHeight) / 2, itemWidth, itemHeight};
+}
+
+}  // namespace
+
+StripGeometry stripGeometry(const StripState& state, QSizeF size) {
+  const auto x = [&](double time) { return position(time, state.duration, size.width()); };
+  StripGeometry geometry;
+  geometry.startX = x(state.start);
+  geometry.endX = x(state.end);
+  const double width = std::max(0.0, geometry.endX - geometry.startX);
+  geometry.fragment = QRectF(geometry.startX, 0, width, size.height());
+  if (state.start <= state.playhead && state.playhead <= state.end) {
+    geometry.playhead = QRectF(x(state.playhead), 0, 2, size.height());
+  }
+  return geometry;
+}
+
+QRectF handleBar(double x, double height) { return centred(x, height, 4, height); }
+QRectF handleGrip(double x, double height) { return centred(x, height, 18, 38); }
+QRectF handleLines(double x, double height) { return centred(x, height, 10, 10); }
+
+QPainterPath envelopePath(const std::vector<double>& samples, QSizeF size) {
+  QPainterPath path;
+  const double mid = size.height() / 2;
+  const double step = size.width() / static_cast<double>(samples.size());
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double x = static_cast<double>(i) * step + step / 2;
+    const double half = std::max(1.0, samples[i] * mid * 0.9);
+    path.moveTo(x, mid - half);
+    path.lineTo(x, mid + half);
+  }
+  return path;
+}
+
+double envelopeLineWidth(std::size_t count, double width) {
+  return std::max(1.0, width / static_cast<double>(count) * 0.62);
+}
+
+}  // namespace quibel

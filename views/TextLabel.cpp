@@ -1,0 +1,86 @@
+#include "views/TextLabel.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QStyle>
+#include <algorithm>
+
+namespace quibel {
+
+TextLabel::TextLabel(TextStyle style, Role role, Feature feature, const QString& text,
+                     QWidget* parent)
+    : QLabel(parent), style_(style), role_(role), feature_(feature) {
+  setTextFormat(Qt::PlainText);
+  setFont(quibel::font(style_));
+  setSizePolicy(feature == Feature::elided ? QSizePolicy::Preferred : QSizePolicy::Fixed,
+                QSizePolicy::Fixed);
+  setText(text);
+}
+
+void TextLabel::show(const QString& text) {
+  if (text != this->text()) setText(text);
+}
+
+QSize TextLabel::sizeHint() const { return {advance(text()), fontMetrics().height()}; }
+
+QSize TextLabel::minimumSizeHint() const {
+  auto size = sizeHint();
+  if (feature_ == Feature::elided) {
+    size.setWidth(std::min(size.width(), fontMetrics().horizontalAdvance(QStringLiteral("…"))));
+  }
+  return size;
+}
+
+bool TextLabel::event(QEvent* event) {
+  if (event->type() == QEvent::ApplicationFontChange) setFont(quibel::font(style_));
+  return QLabel::event(event);
+}
+
+void TextLabel::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const auto palette = colors(this->palette());
+  painter.setPen(role_ == Role::primary ? palette.text : palette.secondary);
+  const auto metrics = fontMetrics();
+  const bool fits = feature_ != Feature::elided || advance(text()) <= width();
+  const auto shown = fits ? text() : metrics.elidedText(text(), Qt::ElideMiddle, width());
+  const auto place = QStyle::alignedRect(layoutDirection(), alignment(),
+                                         QSize(advance(shown), metrics.height()), rect());
+  const QPoint baseline(place.left(), place.top() + metrics.ascent());
+  if (feature_ == Feature::monospacedDigits) {
+    drawMonospaced(painter, baseline);
+  } else {
+    painter.drawText(baseline, shown);
+  }
+}
+
+int TextLabel::digitWidth() const {
+  const auto metrics = fontMetrics();
+  int width = 0;
+  for (char16_t digit = u'0'; digit <= u'9'; ++digit) {
+    width = std::max(width, metrics.horizontalAdvance(QChar(digit)));
+  }
+  return width;
+}
+
+int TextLabel::advance(const QString& text) const {
+  const auto metrics = fontMetrics();
+  if (feature_ != Feature::monospacedDigits) return metrics.horizontalAdvance(text);
+  int width = 0;
+  const int digit = digitWidth();
+  for (const QChar c : text) width += c.isDigit() ? digit : metrics.horizontalAdvance(c);
+  return width;
+}
+
+void TextLabel::drawMonospaced(QPainter& painter, QPoint baseline) const {
+  const auto metrics = fontMetrics();
+  const int digit = digitWidth();
+  for (const QChar c : text()) {
+    const int own = metrics.horizontalAdvance(c);
+    const int cell = c.isDigit() ? digit : own;
+    painter.drawText(baseline + QPoint((cell - own) / 2, 0), QString(c));
+    baseline.rx() += cell;
+  }
+}
+
+}  // namespace quibel

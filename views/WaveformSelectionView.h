@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+#include "model/Published.h"
+#include "views/StripPainter.h"
+
+namespace quibel {
+
+class HandleView;
+
+/// The strip that shows a song's envelope, the chosen fragment and the
+/// playhead, and whose two handles change the fragment. It holds no times of its
+/// own: a drag writes straight through the bindings, and what is shown follows
+/// with the next refresh. Main thread only.
+class WaveformSelectionView : public QWidget {
+  Q_OBJECT
+
+ public:
+  /// `start` and `end` in seconds; what they bind outlives the view.
+  WaveformSelectionView(Binding<double> start, Binding<double> end, QWidget* parent = nullptr);
+
+  /// Shows a song and where it plays, in seconds, with the bindings' values of
+  /// now. Repaints only what has changed.
+  void refresh(const std::vector<double>& samples, double duration, double playhead);
+
+  HandleView& startHandle() { return *startHandle_; }
+  HandleView& endHandle() { return *endHandle_; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+
+ private:
+  void placeHandles();
+  void show(const StripState& state);
+  void showFocus();
+
+  Binding<double> start_;
+  Binding<double> end_;
+  StripState shown_;
+  StripPainter painter_;
+  HandleView* startHandle_;
+  HandleView* endHandle_;
+};
+
+}  // namespace quibel

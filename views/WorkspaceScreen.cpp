@@ -1,0 +1,107 @@
+#include "views/WorkspaceScreen.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include "model/Format.h"
+#include "views/ActionButton.h"
+#include "views/DisplayText.h"
+#include "views/Panel.h"
+#include "views/ReadOut.h"
+#include "views/SymbolView.h"
+#include "views/TextLabel.h"
+#include "views/WaveformSelectionView.h"
+
+namespace quibel {
+namespace {
+
+QHBoxLayout* makeRow(QWidget* row, int spacing) {
+  auto* const layout = new QHBoxLayout(row);
+  layout->setContentsMargins({});
+  layout->setSpacing(spacing);
+  return layout;
+}
+
+}  // namespace
+
+WorkspaceScreen::WorkspaceScreen(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
+    : QWidget(parent), editor_(std::move(editor)) {
+  waveform_ = new WaveformSelectionView(editor_->startBinding(), editor_->endBinding());
+  waveform_->setFixedHeight(220);
+
+  auto* const column = new QVBoxLayout(this);
+  column->setContentsMargins(22, 22, 22, 22);
+  column->setSpacing(18);
+  column->addWidget(makeFileRow());
+  column->addWidget(waveform_);
+  column->addWidget(makeReadOuts(), 0, Qt::AlignHCenter);
+  column->addWidget(makeButtons());
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  refresh();
+}
+
+QWidget* WorkspaceScreen::makeFileRow() {
+  auto* const row = new QWidget;
+  auto* const layout = makeRow(row, defaultSpacing);
+  fileName_ =
+      new TextLabel(TextStyle::headline, TextLabel::Role::primary, TextLabel::Feature::elided);
+  length_ = new TextLabel(TextStyle::body, TextLabel::Role::secondary,
+                          TextLabel::Feature::monospacedDigits);
+  layout->addWidget(new SymbolView(Symbol::musicNote, {16, 16}));
+  layout->addWidget(fileName_);
+  layout->addStretch(1);
+  layout->addWidget(length_);
+  return row;
+}
+
+QWidget* WorkspaceScreen::makeReadOuts() {
+  constexpr int columnMinimum = 110;
+  auto* const row = new QWidget;
+  auto* const layout = makeRow(row, 60);
+  start_ = new ReadOut(QStringLiteral("INICIO"), TextStyle::title3);
+  duration_ = new ReadOut(tr("DURACIÓN"), TextStyle::title3Bold);
+  duration_->setNote(tr("Máximo compatible: 40 s"));
+  end_ = new ReadOut(QStringLiteral("FINAL"), TextStyle::title3);
+  for (auto* column : {start_, end_}) column->setMinimumWidth(columnMinimum);
+  for (auto* column : {start_, duration_, end_}) layout->addWidget(column, 0, Qt::AlignVCenter);
+  return row;
+}
+
+QWidget* WorkspaceScreen::makeButtons() {
+  auto* const row = new QWidget;
+  auto* const layout = makeRow(row, defaultSpacing);
+  loop_ = new ActionButton(ActionButton::Prominence::standard, ActionButton::Size::large, {});
+  export_ = new ActionButton(ActionButton::Prominence::prominent, ActionButton::Size::large, {});
+  export_->show(tr("Crear tono .m4r…"), Symbol::squareAndArrowDown);
+  connect(loop_, &QAbstractButton::clicked, this, [this] { editor_->togglePreview(); });
+  connect(export_, &QAbstractButton::clicked, this, [this] { editor_->export_(); });
+  layout->addWidget(loop_);
+  layout->addStretch(1);
+  layout->addWidget(export_);
+  return row;
+}
+
+void WorkspaceScreen::refresh() {
+  const auto& url = editor_->audioURL();
+  const auto name = url ? displayFileName(url->lastPathComponent()) : QString();
+  fileName_->show(name);
+  fileName_->setToolTip(plainToolTip(name));
+  length_->show(displayText(format(editor_->duration())));
+  waveform_->refresh(editor_->samples(), editor_->duration(), editor_->playhead());
+  start_->show(editor_->start());
+  duration_->show(editor_->end() - editor_->start());
+  end_->show(editor_->end());
+  if (editor_->isPlaying()) {
+    loop_->show(tr("Detener"), Symbol::stopFill);
+  } else {
+    loop_->show(tr("Escuchar en bucle"), Symbol::repeat);
+  }
+  export_->setEnabled(!editor_->isBusy());
+}
+
+void WorkspaceScreen::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  paintPanel(painter, *this, 0.8);
+}
+
+}  // namespace quibel
