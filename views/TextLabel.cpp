@@ -7,6 +7,17 @@
 #include <algorithm>
 
 namespace quibel {
+namespace {
+
+// The height above the baseline. Accents on capitals may rise above what small
+// fonts give as their ascent.
+int ascentOf(const QFontMetrics& metrics) {
+  return std::max(metrics.ascent(), -metrics.tightBoundingRect(QStringLiteral("Ó")).top());
+}
+
+int lineHeightOf(const QFontMetrics& metrics) { return ascentOf(metrics) + metrics.descent(); }
+
+}  // namespace
 
 TextLabel::TextLabel(TextStyle style, Role role, Feature feature, const QString& text,
                      QWidget* parent)
@@ -22,7 +33,7 @@ void TextLabel::show(const QString& text) {
   if (text != this->text()) setText(text);
 }
 
-QSize TextLabel::sizeHint() const { return {advance(text()), fontMetrics().height()}; }
+QSize TextLabel::sizeHint() const { return {advance(text()), lineHeightOf(fontMetrics())}; }
 
 QSize TextLabel::minimumSizeHint() const {
   auto size = sizeHint();
@@ -45,8 +56,8 @@ void TextLabel::paintEvent(QPaintEvent*) {
   const bool fits = feature_ != Feature::elided || advance(text()) <= width();
   const auto shown = fits ? text() : metrics.elidedText(text(), Qt::ElideMiddle, width());
   const auto place = QStyle::alignedRect(layoutDirection(), alignment(),
-                                         QSize(advance(shown), metrics.height()), rect());
-  const QPoint baseline(place.left(), place.top() + metrics.ascent());
+                                         QSize(advance(shown), lineHeightOf(metrics)), rect());
+  const QPoint baseline(place.left(), place.top() + ascentOf(metrics));
   if (feature_ == Feature::monospacedDigits) {
     drawMonospaced(painter, baseline);
   } else {
