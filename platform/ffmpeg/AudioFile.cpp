@@ -1,0 +1,23 @@
+#include "platform/ffmpeg/AudioFile.h"
+
+#include <new>
+
+#include "platform/ffmpeg/CodedAudioFile.h"
+#include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/PcmAudioFile.h"
+
+namespace quibel::ffmpeg {
+
+platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platform::FileURL& url,
+                                                                     std::stop_token stop) try {
+  auto input = Input::open(url, std::move(stop));
+  if (!input) return std::unexpected(input.error());
+  auto demuxer = Demuxer::open(*input);
+  if (!demuxer) return std::unexpected(demuxer.error());
+  if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(*input), **demuxer);
+  return CodedAudioFile::open(std::move(*input), std::move(*demuxer));
+} catch (const std::bad_alloc&) {
+  return std::unexpected(makeError(Failure::outOfMemory));
+}
+
+}  // namespace quibel::ffmpeg

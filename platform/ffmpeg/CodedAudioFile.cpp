@@ -1,0 +1,167 @@
+#include "platform/ffmpeg/CodedAudioFile.h"
+
+#include <algorithm>
+#include <new>
+
+#include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/PCMBuffer.h"
+#include "platform/ffmpeg/Samples.h"
+#include "platform/ffmpeg/Measure.h"
+
+namespace quibel::ffmpeg {
+
+namespace {
+
+// Codecs that can decode frames side by side get a second thread: more gains
+// little, since finding the frames is one thread's work.
+constexpr int decodingThreads = 2;
+
+platform::Result<FrameSource> openSource(const std::shared_ptr<Input>& input,
+                                         const FrameSource::Plan& plan) {
+  auto demuxer = Demuxer::open(input);
+  if (!demuxer) return std::unexpected(demuxer.error());
+  return FrameSource::open(input, std::move(*demuxer), plan);
+}
+
+void writeSilence(float* const* out, std::uint32_t channels, std::uint32_t at,
+                  std::uint32_t count) {
+  for (std::uint32_t channel = 0; channel < channels; ++channel) {
+    std::fill_n(out[channel] + at, count, 0.0F);
+  }
+}
+
+}  // namespace
+
+platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
+    std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer) {
+  const AVStream& stream = demuxer->stream();
+  const AVCodecParameters& codec = *stream.codecpar;
+  FrameSource::Plan plan{
+      .clock = chooseClock(*demuxer->format().iformat, codec.codec_id, stream.time_base,
+                           codec.sample_rate),
+      .outputRate = std::max(codec.sample_rate, 1),
+      .channels = codec.ch_layout.nb_channels,
+      .threads = decodingThreads};
+  auto source = FrameSource::open(input, std::move(demuxer), plan);
+  if (!source) return std::unexpected(source.error());
+
+  const auto first = source->next();
+  if (first == FrameSource::Status::error) return std::unexpected(failureOf(*input));
+  if (first == FrameSource::Status::end) {
+    if (const auto reason = input->failure()) return std::unexpected(*reason);
+    const bool isMerelyEmpty = !source->anyPacket() && codec.sample_rate > 0 && plan.channels > 0;
+    if (!isMerelyEmpty) return std::unexpected(makeError(Failure::damaged));
+    return std::unique_ptr<platform::AudioFile>(
+        new CodedAudioFile(std::move(input), std::move(*source), Extent{}));
+  }
+
+  // The first frame tells the form of what is delivered: a codec may double
+  // the rate or the channels that the container states.
+  const AVFrame& frame = source->decodedFrame();
+  if (frame.sample_rate <= 0 || frame.ch_layout.nb_channels <= 0) {
+    return std::unexpected(makeError(Failure::damaged));
+  }
+  const FrameSource::Plan opened = plan;
+  plan.outputRate = frame.sample_rate;
+  plan.channels = frame.ch_layout.nb_channels;
+  const auto extent = measure(input, plan, paddingOf(frame).skip);
+  if (!extent) return std::unexpected(extent.error());
+  plan.clock = extent->clock;
+  if (plan != opened) {
+    source = openSource(input, plan);
+    if (!source) return std::unexpected(source.error());
+  }
+  std::unique_ptr<CodedAudioFile> file(
+      new CodedAudioFile(std::move(input), std::move(*source), *extent));
+  // The frame that told the form is the first to be delivered.
+  if (plan == opened) file->adoptBlock();
+  return file;
+}
+
+CodedAudioFile::CodedAudioFile(std::shared_ptr<Input> input, FrameSource source,
+                               const Extent& extent)
+    : input_(std::move(input)), source_(std::move(source)), extent_(extent) {}
+
+platform::AudioFormat CodedAudioFile::processingFormat() const {
+  return {static_cast<double>(source_.plan().outputRate),
+          static_cast<std::uint32_t>(source_.plan().channels)};
+}
+
+std::unique_ptr<platform::AudioPCMBuffer> CodedAudioFile::makeBuffer(
+    std::uint32_t frameCapacity) const {
+  return makePCMBuffer(processingFormat(), frameCapacity);
+}
+
+void CodedAudioFile::adoptBlock() {
+  blockBegin_ = source_.position() - extent_.origin;
+  blockEnd_ = blockBegin_ + source_.frame().nb_samples;
+}
+
+platform::Result<void> CodedAudioFile::advance() {
+  switch (source_.next()) {
+    case FrameSource::Status::frame:
+      adoptBlock();
+      return {};
+    case FrameSource::Status::end:
+      ended_ = true;
+      // Silence fills what damage at the end took away, but a file that was cut
+      // or that can no longer be read is no song with a silent end.
+      if (const auto reason = input_->failure()) return std::unexpected(*reason);
+      return {};
+    case FrameSource::Status::error:
+      break;
+  }
+  return std::unexpected(failureOf(*input_));
+}
+
+platform::Result<void> CodedAudioFile::read(platform::AudioPCMBuffer& into,
+                                            std::uint32_t frameCount) try {
+  into.setFrameLength(0);
+  const auto wanted = static_cast<std::uint32_t>(
+      std::min<std::int64_t>({frameCount, into.frameCapacity(), length() - position_}));
+  const auto channels = static_cast<std::uint32_t>(source_.plan().channels);
+  float* const* const out = into.floatChannelData();
+  for (std::uint32_t filled = 0; filled < wanted;) {
+    if (!ended_ && blockEnd_ <= position_) {
+      if (const auto result = advance(); !result) return result;
+      continue;
+    }
+    const bool isSilent = ended_ || blockBegin_ > position_;
+    const std::int64_t until = ended_ ? length() : isSilent ? blockBegin_ : blockEnd_;
+    const auto count =
+        static_cast<std::uint32_t>(std::min<std::int64_t>(wanted - filled, until - position_));
+    if (isSilent) {
+      writeSilence(out, channels, filled, count);
+    } else if (!copySamples(source_.frame(), static_cast<int>(position_ - blockBegin_),
+                            static_cast<int>(count), out, filled)) {
+      return std::unexpected(makeError(Failure::damaged));
+    }
+    filled += count;
+    position_ += count;
+  }
+  into.setFrameLength(wanted);
+  return {};
+} catch (const std::bad_alloc&) {
+  return std::unexpected(makeError(Failure::outOfMemory));
+}
+
+platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
+  frame = std::clamp<std::int64_t>(frame, 0, length());
+  const bool isInBlock = blockBegin_ <= frame && frame < blockEnd_;
+  if (frame != position_ && !isInBlock) {
+    if (!source_.seek(extent_.origin + frame)) {
+      if (const auto reason = input_->failure()) return std::unexpected(*reason);
+      auto source = openSource(input_, source_.plan());
+      if (!source) return std::unexpected(source.error());
+      source_ = std::move(*source);
+    }
+    blockBegin_ = blockEnd_ = frame;
+    ended_ = false;
+  }
+  position_ = frame;
+  return {};
+} catch (const std::bad_alloc&) {
+  return std::unexpected(makeError(Failure::outOfMemory));
+}
+
+}  // namespace quibel::ffmpeg

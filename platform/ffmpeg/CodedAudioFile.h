@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/AudioFile.h"
+#include "platform/ffmpeg/Extent.h"
+#include "platform/ffmpeg/FrameSource.h"
+
+namespace quibel::ffmpeg {
+
+/// A song whose packets a codec decodes. Each decoded block is put where its
+/// position says; where none comes, there is silence.
+class CodedAudioFile final : public platform::AudioFile {
+ public:
+  static platform::Result<std::unique_ptr<platform::AudioFile>> open(
+      std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer);
+
+  std::int64_t length() const override { return extent_.length; }
+  platform::AudioFormat processingFormat() const override;
+  std::int64_t framePosition() const override { return position_; }
+  std::unique_ptr<platform::AudioPCMBuffer> makeBuffer(std::uint32_t frameCapacity) const override;
+  platform::Result<void> read(platform::AudioPCMBuffer& into, std::uint32_t frameCount) override;
+  platform::Result<void> seek(std::int64_t frame) override;
+
+ private:
+  CodedAudioFile(std::shared_ptr<Input> input, FrameSource source, const Extent& extent);
+
+  platform::Result<void> advance();
+  void adoptBlock();
+
+  std::shared_ptr<Input> input_;
+  FrameSource source_;
+  Extent extent_;
+  std::int64_t position_ = 0;
+
+  // The source's frame at hand, in frames of the song.
+  std::int64_t blockBegin_ = 0;
+  std::int64_t blockEnd_ = 0;
+  bool ended_ = false;  ///< the source has no more
+};
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,64 @@
+#include "platform/ffmpeg/Decoder.h"
+
+#include <new>
+
+#include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/Formats.h"
+
+namespace quibel::ffmpeg {
+
+namespace {
+
+// No codec's packet holds more than a few seconds; one that says so lies.
+constexpr std::int64_t maximumFramesPerPacket = std::int64_t{1} << 24;
+
+}  // namespace
+
+platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int sampleRate,
+                                        const Options& options) {
+  const AVCodec* const kind = decoderFor(parameters.codec_id);
+  if (kind == nullptr) {
+    return std::unexpected(makeError(Failure::noCodec, avcodec_get_name(parameters.codec_id)));
+  }
+  CodecPointer codec(avcodec_alloc_context3(kind));
+  if (!codec || avcodec_parameters_to_context(codec.get(), &parameters) < 0) throw std::bad_alloc();
+  codec->pkt_timebase = {1, sampleRate};
+  codec->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
+  codec->max_samples = maximumFramesPerPacket;
+  if (!options.trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+  codec->thread_count = 1;
+  if (options.threads > 1 && (kind->capabilities & AV_CODEC_CAP_FRAME_THREADS) != 0) {
+    codec->thread_count = options.threads;
+    codec->thread_type = FF_THREAD_FRAME;
+  }
+  AVDictionary* settings = nullptr;
+  av_dict_set(&settings, "codec_whitelist", allowedCodecs, 0);
+  const int code = avcodec_open2(codec.get(), kind, &settings);
+  const DictionaryPointer unused(settings);
+  if (code < 0) return std::unexpected(codeError(code, Failure::damaged));
+  return Decoder(std::move(codec));
+}
+
+bool Decoder::send(const AVPacket& packet) {
+  const int code = avcodec_send_packet(codec_.get(), &packet);
+  if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
+  return code >= 0;
+}
+
+void Decoder::sendEnd() {
+  // Refused only if the end was sent before.
+  static_cast<void>(avcodec_send_packet(codec_.get(), nullptr));
+}
+
+Decoder::Status Decoder::receive(AVFrame& frame) {
+  const int code = avcodec_receive_frame(codec_.get(), &frame);
+  if (code >= 0) return Status::frame;
+  if (code == AVERROR(EAGAIN)) return Status::again;
+  if (code == AVERROR_EOF) return Status::end;
+  if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
+  return Status::error;
+}
+
+void Decoder::flush() { avcodec_flush_buffers(codec_.get()); }
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/Error.h"
+#include "platform/ffmpeg/Pointers.h"
+
+namespace quibel::ffmpeg {
+
+/// One codec at work. Packets go in, frames come out, in three plain branches.
+class Decoder {
+ public:
+  enum class Status {
+    frame,  ///< a frame was delivered
+    again,  ///< a packet is needed first
+    end,    ///< the last frame was delivered before
+    error,  ///< what was sent does not decode; the next packet may
+  };
+
+  struct Options {
+    int threads = 1;
+    bool trims = false;  ///< the codec drops what packets mark as delay or padding
+  };
+
+  /// `sampleRate` is the unit of packets' and frames' times: 1/sampleRate seconds.
+  static platform::Result<Decoder> open(const AVCodecParameters& parameters, int sampleRate,
+                                        const Options& options);
+
+  /// Only after receive() asked for it. False if the packet does not decode.
+  /// Throws std::bad_alloc.
+  bool send(const AVPacket& packet);
+
+  /// No more packets will come: what is left inside comes out.
+  void sendEnd();
+
+  /// Throws std::bad_alloc.
+  Status receive(AVFrame& frame);
+
+  /// Forgets everything, as after a seek.
+  void flush();
+
+ private:
+  explicit Decoder(CodecPointer codec) : codec_(std::move(codec)) {}
+
+  CodecPointer codec_;
+};
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Error.h"
+#include "platform/ffmpeg/Input.h"
+#include "platform/ffmpeg/Pointers.h"
+
+namespace quibel::ffmpeg {
+
+/// The packets of a file's one chosen audio stream. Everything else in the file
+/// (pictures, video, further songs) is passed over.
+class Demuxer {
+ public:
+  enum class Status { packet, end, error };
+
+  /// Opens a container from its first byte; throws std::bad_alloc.
+  static platform::Result<std::unique_ptr<Demuxer>> open(const std::shared_ptr<Input>& input);
+
+  /// The next packet of the stream. An error is either the input's (see
+  /// Input::failure) or a lack of memory.
+  Status read(AVPacket& packet);
+
+  /// Moves to the last packet that the container can find at or before `time`,
+  /// in the stream's time base. False if it cannot; the position is then unknown.
+  bool seek(std::int64_t time);
+
+  const AVStream& stream() const { return *stream_; }
+  const AVFormatContext& format() const { return *format_; }
+
+ private:
+  explicit Demuxer(const std::shared_ptr<Input>& input) : io_(input) {}
+
+  InputStream io_;
+  InputFormatPointer format_;
+  AVStream* stream_ = nullptr;
+};
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,172 @@
+#include "platform/ffmpeg/FrameSource.h"
+
+#include <new>
+#include <string_view>
+#include <utility>
+
+namespace quibel::ffmpeg {
+
+PacketClock::PacketClock(Clock kind, const AVStream& stream, int outputRate)
+    : kind_(kind),
+      timeBase_(stream.time_base),
+      codedRate_(stream.codecpar->sample_rate),
+      outputRate_(outputRate),
+      durationOf_(stream) {}
+
+std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
+  duration_ = durationOf_(packet);
+  if (duration_ && codedRate_ != outputRate_) {
+    duration_ = av_rescale(*duration_, outputRate_, codedRate_);
+  }
+  switch (kind_) {
+    case Clock::timestamps:
+      if (packet.pts == AV_NOPTS_VALUE) return std::nullopt;
+      return av_rescale_q(packet.pts, timeBase_, {1, outputRate_});
+    case Clock::durations:
+      return std::exchange(next_, next_ + duration_.value_or(0));
+    case Clock::decoding:
+      return std::nullopt;
+  }
+  return std::nullopt;
+}
+
+platform::Result<FrameSource> FrameSource::open(std::shared_ptr<Input> input,
+                                                std::unique_ptr<Demuxer> demuxer,
+                                                const Plan& plan) {
+  // Where only decoding tells a packet's length, its delay and padding are
+  // dropped by the decoder too, but not in MP4, whose edit lists are applied here.
+  const bool isMovie = std::string_view(demuxer->format().iformat->name).starts_with("mov");
+  auto decoder =
+      Decoder::open(*demuxer->stream().codecpar, plan.outputRate,
+                    {.threads = plan.clock == Clock::decoding ? 1 : plan.threads,
+                     .trims = plan.clock == Clock::decoding && !isMovie});
+  if (!decoder) return std::unexpected(decoder.error());
+  return FrameSource(std::move(input), std::move(demuxer), plan, std::move(*decoder));
+}
+
+FrameSource::FrameSource(std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer,
+                         const Plan& plan, Decoder decoder)
+    : input_(std::move(input)),
+      demuxer_(std::move(demuxer)),
+      plan_(plan),
+      decoder_(std::move(decoder)),
+      clock_(plan.clock, demuxer_->stream(), plan.outputRate),
+      converter_({static_cast<double>(plan.outputRate), static_cast<std::uint32_t>(plan.channels)}),
+      packet_(av_packet_alloc()),
+      frame_(av_frame_alloc()) {
+  if (!packet_ || !frame_) throw std::bad_alloc();
+}
+
+FrameSource::Fed FrameSource::feed() {
+  if (!packetIsPending_) {
+    switch (demuxer_->read(*packet_)) {
+      case Demuxer::Status::error:
+        return Fed::error;
+      case Demuxer::Status::end:
+        decoder_.sendEnd();
+        return Fed::end;
+      case Demuxer::Status::packet:
+        break;
+    }
+    pendingPosition_ = clock_.position(*packet_);
+  }
+  packetIsPending_ = false;
+  anyPacket_ = true;
+  packet_->pts = pendingPosition_.value_or(AV_NOPTS_VALUE);
+  packet_->dts = packet_->pts;
+  const bool isDecoded = decoder_.send(*packet_);
+  if (!isDecoded && plan_.clock == Clock::decoding && packet_->duration > 0) {
+    next_ += av_rescale_q(packet_->duration, demuxer_->stream().time_base, {1, plan_.outputRate});
+  }
+  return Fed::packet;
+}
+
+bool FrameSource::acceptFrame() {
+  delivered_ = plan_.channels > 0 ? converter_.convert(*frame_) : frame_.get();
+  if (delivered_ == nullptr || delivered_->nb_samples <= 0) return false;
+  // A resampler's output has no times: it follows on what came before.
+  const bool wasConverting = std::exchange(isConverting_, delivered_ != frame_.get());
+  const bool follows = plan_.clock == Clock::decoding || frame_->pts == AV_NOPTS_VALUE ||
+                       (isConverting_ && wasConverting);
+  position_ = follows ? next_ : frame_->pts;
+  next_ = position_ + delivered_->nb_samples;
+  return true;
+}
+
+FrameSource::Status FrameSource::next() {
+  while (!ended_) {
+    switch (decoder_.receive(*frame_)) {
+      case Decoder::Status::frame:
+        if (acceptFrame()) return Status::frame;
+        break;
+      case Decoder::Status::again:
+        if (feed() == Fed::error) return Status::error;
+        break;
+      case Decoder::Status::end:
+        ended_ = true;
+        break;
+      case Decoder::Status::error:
+        break;
+    }
+    if (input_->stopRequested()) return Status::error;
+  }
+  return Status::end;
+}
+
+bool FrameSource::seek(std::int64_t target) {
+  const auto lead = preroll(demuxer_->stream().codecpar->codec_id);
+  const bool isNear = target >= next_ && target - next_ <= plan_.outputRate;
+  if (isNear && !ended_) return true;
+  if (!lead) return target >= next_ && !ended_;
+  switch (plan_.clock) {
+    case Clock::timestamps:
+      return seekByTime(target, *lead);
+    case Clock::durations:
+      return target - *lead >= next_ && !ended_ && skipTo(target - *lead);
+    case Clock::decoding:
+      return target >= next_ && !ended_;
+  }
+  return false;
+}
+
+// A container may land later than it was asked to: then it is asked for an
+// earlier place, a few times.
+bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
+  const AVStream& stream = demuxer_->stream();
+  std::int64_t asked = target - lead;
+  for (int attempt = 0; attempt < 4; ++attempt) {
+    if (!demuxer_->seek(av_rescale_q_rnd(asked, {1, plan_.outputRate}, stream.time_base,
+                                         AV_ROUND_DOWN))) {
+      return false;
+    }
+    decoder_.flush();
+    converter_.reset();
+    isConverting_ = false;
+    ended_ = false;
+    // The first packet with a time says where this is.
+    do {
+      if (demuxer_->read(*packet_) != Demuxer::Status::packet) return false;
+      pendingPosition_ = clock_.position(*packet_);
+    } while (!pendingPosition_);
+    packetIsPending_ = true;
+    next_ = *pendingPosition_;
+    if (next_ <= target - lead) return true;
+    asked -= next_ - (target - lead) + plan_.outputRate;
+  }
+  return false;
+}
+
+bool FrameSource::skipTo(std::int64_t position) {
+  decoder_.flush();
+  while (true) {
+    if (demuxer_->read(*packet_) != Demuxer::Status::packet) return false;
+    pendingPosition_ = clock_.position(*packet_);
+    const std::int64_t end = *pendingPosition_ + clock_.duration().value_or(0);
+    if (end > position) break;
+  }
+  packetIsPending_ = true;
+  next_ = *pendingPosition_;
+  return true;
+}
+
+}  // namespace quibel::ffmpeg

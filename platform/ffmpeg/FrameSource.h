@@ -1,0 +1,110 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/ffmpeg/Codecs.h"
+#include "platform/ffmpeg/Decoder.h"
+#include "platform/ffmpeg/Demuxer.h"
+#include "platform/ffmpeg/SectionConverter.h"
+
+namespace quibel::ffmpeg {
+
+/// Gives packets their positions in the coded stream, in frames at the output's
+/// rate. Coded positions count everything that the stream holds, encoder delay
+/// and padding included; they may begin below 0.
+class PacketClock {
+ public:
+  PacketClock(Clock kind, const AVStream& stream, int outputRate);
+
+  Clock kind() const { return kind_; }
+
+  /// The position of the next packet of the stream, or nothing where it follows
+  /// on what came before.
+  std::optional<std::int64_t> position(const AVPacket& packet);
+
+  /// Frames of the packet that position() was last asked about, where it tells them.
+  std::optional<std::int64_t> duration() const { return duration_; }
+
+ private:
+  Clock kind_;
+  AVRational timeBase_;
+  int codedRate_;
+  int outputRate_;
+  PacketDuration durationOf_;
+  std::optional<std::int64_t> duration_;
+  std::int64_t next_ = 0;
+};
+
+/// A stream's decoded frames with their positions: demuxer, clock and decoder in one.
+class FrameSource {
+ public:
+  enum class Status { frame, end, error };
+
+  /// How a stream is to be decoded.
+  struct Plan {
+    Clock clock = Clock::timestamps;
+    int outputRate = 0;  ///< frames per second of what is delivered
+    int channels = 0;    ///< of what is delivered; 0 to leave everything as it is decoded
+    int threads = 1;
+
+    friend bool operator==(const Plan&, const Plan&) = default;
+  };
+
+  static platform::Result<FrameSource> open(std::shared_ptr<Input> input,
+                                            std::unique_ptr<Demuxer> demuxer, const Plan& plan);
+
+  /// Decodes on to the next frame. An error is one of reading (Input::failure
+  /// tells it); packets that do not decode are passed over.
+  Status next();
+
+  /// The frame that next() delivered, valid until it is called again.
+  const AVFrame& frame() const { return *delivered_; }
+
+  /// The same before any conversion: the form in which the codec delivers.
+  const AVFrame& decodedFrame() const { return *frame_; }
+
+  /// Its first sample's position.
+  std::int64_t position() const { return position_; }
+
+  /// Whether any packet has been read since the beginning.
+  bool anyPacket() const { return anyPacket_; }
+
+  /// Moves so that decoding from there on delivers exact samples from the coded
+  /// position `target` on. What next() then delivers may begin before it. False
+  /// where that is not possible: this source is then of no more use.
+  bool seek(std::int64_t target);
+
+  const Demuxer& demuxer() const { return *demuxer_; }
+  const Plan& plan() const { return plan_; }
+
+ private:
+  FrameSource(std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer, const Plan& plan,
+              Decoder decoder);
+
+  enum class Fed { packet, end, error };
+  bool acceptFrame();
+  Fed feed();
+  bool seekByTime(std::int64_t target, std::int64_t lead);
+  bool skipTo(std::int64_t position);
+
+  std::shared_ptr<Input> input_;
+  std::unique_ptr<Demuxer> demuxer_;
+  Plan plan_;
+  Decoder decoder_;
+  PacketClock clock_;
+  SectionConverter converter_;
+  PacketPointer packet_;
+  FramePointer frame_;
+  const AVFrame* delivered_ = nullptr;
+  bool isConverting_ = false;
+  bool packetIsPending_ = false;  ///< packet_ was read, and not yet sent
+  std::optional<std::int64_t> pendingPosition_;
+  bool anyPacket_ = false;
+  bool ended_ = false;
+  std::int64_t position_ = 0;
+  std::int64_t next_ = 0;  ///< where the next frame begins unless it says otherwise
+};
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,116 @@
+#include "platform/ffmpeg/Input.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <new>
+
+#include "platform/ffmpeg/Errors.h"
+
+namespace quibel::ffmpeg {
+
+namespace {
+
+// Large enough that system calls do not show in a profile, small enough that
+// reading a file's tail costs nothing.
+constexpr int ioBufferSize = 64 * 1024;
+
+}  // namespace
+
+platform::Result<std::shared_ptr<Input>> Input::open(const platform::FileURL& url,
+                                                     std::stop_token stop) {
+  // O_NONBLOCK so that a FIFO does not wait for its writer; regular files ignore it.
+  const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) return std::unexpected(openingError(errno));
+  auto input = std::make_shared<Input>(descriptor, FileIdentity{}, std::move(stop));
+
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) return std::unexpected(openingError(errno));
+  if (S_ISDIR(status.st_mode)) return std::unexpected(makeError(Failure::folder));
+  if (!S_ISREG(status.st_mode)) return std::unexpected(makeError(Failure::notRegular));
+  if (status.st_size == 0) return std::unexpected(makeError(Failure::emptyFile));
+  input->identity_ = {status.st_dev, status.st_ino, status.st_size,
+                      status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+  return input;
+}
+
+Input::~Input() { ::close(descriptor_); }
+
+int Input::readAt(std::int64_t position, std::span<std::uint8_t> into) {
+  if (stopRequested()) return AVERROR_EXIT;
+  std::size_t done = 0;
+  while (done < into.size()) {
+    const ssize_t count = ::pread(descriptor_, into.data() + done, into.size() - done,
+                                  position + static_cast<std::int64_t>(done));
+    if (count > 0) {
+      done += static_cast<std::size_t>(count);
+    } else if (count == 0) {
+      break;
+    } else if (errno != EINTR) {
+      errorNumber_ = errno;
+      return AVERROR(errorNumber_);
+    }
+  }
+  return static_cast<int>(done);
+}
+
+std::optional<platform::Error> Input::failure() const {
+  if (stopRequested()) return makeError(Failure::cancelled);
+  if (errorNumber_ != 0) return readingError(errorNumber_);
+  struct stat status {};
+  if (::fstat(descriptor_, &status) != 0) return readingError(errno);
+  if (status.st_size < identity_.size) return makeError(Failure::cutWhileReading);
+  return std::nullopt;
+}
+
+platform::Error failureOf(const Input& input) {
+  const auto reason = input.failure();
+  return reason ? *reason : makeError(Failure::outOfMemory);
+}
+
+InputStream::InputStream(std::shared_ptr<Input> input) : input_(std::move(input)) {
+  auto* buffer = static_cast<unsigned char*>(av_malloc(ioBufferSize));
+  if (buffer == nullptr) throw std::bad_alloc();
+  io_.reset(avio_alloc_context(buffer, ioBufferSize, 0, this, &read, nullptr, &seek));
+  if (!io_) {
+    av_free(buffer);
+    throw std::bad_alloc();
+  }
+}
+
+int InputStream::read(void* opaque, std::uint8_t* into, int size) {
+  auto* self = static_cast<InputStream*>(opaque);
+  const int count =
+      self->input_->readAt(self->position_, std::span(into, static_cast<std::size_t>(size)));
+  if (count == 0) return AVERROR_EOF;
+  if (count > 0) self->position_ += count;
+  return count;
+}
+
+std::int64_t InputStream::seek(void* opaque, std::int64_t offset, int whence) {
+  auto* self = static_cast<InputStream*>(opaque);
+  const std::int64_t size = self->input_->size();
+  std::int64_t target = 0;
+  switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE:
+      return size;
+    case SEEK_SET:
+      target = offset;
+      break;
+    case SEEK_CUR:
+      target = self->position_ + offset;
+      break;
+    case SEEK_END:
+      target = size + offset;
+      break;
+    default:
+      return AVERROR(EINVAL);
+  }
+  if (target < 0) return AVERROR(EINVAL);
+  self->position_ = target;
+  return target;
+}
+
+}  // namespace quibel::ffmpeg

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Error.h"
+#include "platform/ffmpeg/Extent.h"
+#include "platform/ffmpeg/FrameSource.h"
+#include "platform/ffmpeg/Input.h"
+
+namespace quibel::ffmpeg {
+
+/// Finds out which part of a file's stream is the song, exactly: the packets
+/// are counted, and decoded only where nothing else tells their length. What
+/// was found is remembered for the last few files. The plan's clock is the one that
+/// the container suggests; the extent says which one is to be used.
+/// `decoderSkip` is what the decoder itself wants dropped at the beginning.
+platform::Result<Extent> measure(const std::shared_ptr<Input>& input,
+                                 const FrameSource::Plan& plan, std::int64_t decoderSkip);
+
+}  // namespace quibel::ffmpeg

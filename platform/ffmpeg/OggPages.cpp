@@ -1,0 +1,129 @@
+#include "platform/ffmpeg/OggPages.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+namespace quibel::ffmpeg {
+
+namespace {
+
+constexpr std::int64_t headerSize = 27;
+constexpr std::int64_t largestPage = headerSize + 255 + 255 * 255;
+constexpr unsigned beginsStream = 2;
+constexpr unsigned endsStream = 4;
+
+// Comments with a picture can fill many pages before the first sound.
+constexpr std::int64_t headersLimit = std::int64_t{64} << 20;
+// Silent stretches of other streams may lie behind the last page.
+constexpr std::int64_t tailLimit = std::int64_t{1} << 20;
+
+struct Page {
+  std::int64_t size = 0;
+  std::uint32_t serial = 0;
+  std::int64_t granule = -1;
+  unsigned flags = 0;
+  int packetsEnded = 0;
+};
+
+std::uint64_t littleEndian(std::span<const std::uint8_t> bytes) {
+  std::uint64_t value = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8U | bytes[i];
+  return value;
+}
+
+// The page at the beginning of `data`, which need hold no more than its header.
+std::optional<Page> parsePage(std::span<const std::uint8_t> data) {
+  constexpr std::string_view capture = "OggS";
+  if (data.size() < static_cast<std::size_t>(headerSize) ||
+      !std::equal(capture.begin(), capture.end(), data.begin()) || data[4] != 0) {
+    return std::nullopt;
+  }
+  const std::size_t segments = data[26];
+  if (data.size() < static_cast<std::size_t>(headerSize) + segments) return std::nullopt;
+  Page page;
+  page.flags = data[5];
+  page.granule = static_cast<std::int64_t>(littleEndian(data.subspan(6, 8)));
+  page.serial = static_cast<std::uint32_t>(littleEndian(data.subspan(14, 4)));
+  page.size = headerSize + static_cast<std::int64_t>(segments);
+  for (const std::uint8_t lace : data.subspan(static_cast<std::size_t>(headerSize), segments)) {
+    page.size += lace;
+    if (lace < 255) ++page.packetsEnded;
+  }
+  return page;
+}
+
+std::optional<Page> pageAt(Input& input, std::int64_t position) {
+  std::array<std::uint8_t, static_cast<std::size_t>(headerSize) + 255> header{};
+  const int count = input.readAt(position, header);
+  if (count < 0) return std::nullopt;
+  return parsePage(std::span(header).first(static_cast<std::size_t>(count)));
+}
+
+// The last page of the file, and the last one of a stream that has a position.
+struct Tail {
+  std::optional<std::uint32_t> lastSerial;
+  std::optional<std::int64_t> lastGranule;
+};
+
+Tail readTail(Input& input, std::uint32_t serial) {
+  Tail tail;
+  std::vector<std::uint8_t> block;
+  for (std::int64_t length = largestPage; !tail.lastGranule && length <= 2 * tailLimit;
+       length *= 4) {
+    const std::int64_t begin = std::max<std::int64_t>(0, input.size() - length);
+    block.resize(static_cast<std::size_t>(input.size() - begin));
+    const int count = input.readAt(begin, block);
+    if (count < 0) return tail;
+    const auto data = std::span(block).first(static_cast<std::size_t>(count));
+    for (std::size_t i = 0; i + static_cast<std::size_t>(headerSize) <= data.size();) {
+      const auto page = parsePage(data.subspan(i));
+      if (!page) {
+        ++i;
+        continue;
+      }
+      tail.lastSerial = page->serial;
+      const bool isWhole = static_cast<std::size_t>(page->size) <= data.size() - i;
+      if (page->serial == serial && page->granule >= 0 && isWhole) {
+        tail.lastGranule = page->granule;
+      }
+      i += isWhole ? static_cast<std::size_t>(page->size) : 1;
+    }
+    if (begin == 0) break;
+  }
+  return tail;
+}
+
+}  // namespace
+
+std::optional<OggStream> readOggStream(Input& input, int index) {
+  std::vector<std::uint32_t> serials;
+  OggStream stream;
+  std::int64_t position = 0;
+  bool found = false;
+  while (!found && position < std::min(input.size(), headersLimit)) {
+    const auto page = pageAt(input, position);
+    if (!page) return std::nullopt;
+    position += page->size;
+    if ((page->flags & beginsStream) != 0) {
+      serials.push_back(page->serial);
+      continue;
+    }
+    if (index < 0 || static_cast<std::size_t>(index) >= serials.size()) return std::nullopt;
+    // Headers carry granule position 0; the first that is not 0 is sound.
+    if (page->serial != serials[static_cast<std::size_t>(index)] || page->granule <= 0) continue;
+    stream.granules.first = page->granule;
+    stream.granules.packetsOnFirstPage = page->packetsEnded;
+    stream.granules.isOnlyPage = (page->flags & endsStream) != 0;
+    found = true;
+  }
+  if (!found) return std::nullopt;
+  const Tail tail = readTail(input, serials[static_cast<std::size_t>(index)]);
+  stream.isChained =
+      !tail.lastSerial || std::ranges::find(serials, *tail.lastSerial) == serials.end();
+  stream.granules.last = tail.lastGranule.value_or(-1);
+  return stream;
+}
+
+}  // namespace quibel::ffmpeg

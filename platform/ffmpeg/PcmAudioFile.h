@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/AudioFile.h"
+#include "platform/ffmpeg/Demuxer.h"
+
+namespace quibel::ffmpeg {
+
+/// A song stored as plain samples in one piece (WAV, AIFF, AU, CAF and the
+/// like): read straight from the file, without a codec.
+class PcmAudioFile final : public platform::AudioFile {
+ public:
+  /// Whether a stream is of this kind.
+  static bool canRead(const Demuxer& demuxer);
+
+  static platform::Result<std::unique_ptr<platform::AudioFile>> open(
+      std::shared_ptr<Input> input, Demuxer& demuxer);
+
+  std::int64_t length() const override { return length_; }
+  platform::AudioFormat processingFormat() const override { return format_; }
+  std::int64_t framePosition() const override { return position_; }
+  std::unique_ptr<platform::AudioPCMBuffer> makeBuffer(std::uint32_t frameCapacity) const override;
+  platform::Result<void> read(platform::AudioPCMBuffer& into, std::uint32_t frameCount) override;
+  platform::Result<void> seek(std::int64_t frame) override;
+
+ private:
+  PcmAudioFile() = default;
+
+  std::shared_ptr<Input> input_;
+  platform::AudioFormat format_;
+  AVCodecID codec_ = AV_CODEC_ID_NONE;
+  std::int64_t frameSize_ = 0;  ///< bytes
+  std::int64_t dataBegin_ = 0;  ///< byte position of the first frame
+  std::int64_t length_ = 0;
+  std::int64_t position_ = 0;
+  std::vector<std::uint8_t> bytes_;
+};
+
+}  // namespace quibel::ffmpeg
