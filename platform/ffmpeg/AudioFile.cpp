@@ -12,12 +12,16 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platf
                                                                      std::stop_token stop) try {
   auto input = Input::open(url, std::move(stop));
   if (!input) return std::unexpected(input.error());
-  auto demuxer = Demuxer::open(*input);
-  if (!demuxer) return std::unexpected(demuxer.error());
-  if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(*input), **demuxer);
-  return CodedAudioFile::open(std::move(*input), std::move(*demuxer));
+  return openAudioFile(std::move(*input));
 } catch (const std::bad_alloc&) {
   return std::unexpected(makeError(Failure::outOfMemory));
+}
+
+platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input) {
+  auto demuxer = Demuxer::open(input);
+  if (!demuxer) return std::unexpected(demuxer.error());
+  if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(input), **demuxer);
+  return CodedAudioFile::open(std::move(input), std::move(*demuxer));
 }
 
 }  // namespace quibel::ffmpeg

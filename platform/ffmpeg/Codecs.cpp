@@ -64,7 +64,9 @@ Clock chooseClock(const AVInputFormat& format, AVCodecID codec, AVRational timeB
   const auto traits = traitsOf(codec);
   // AVI cuts sound without regard to the codec's frames.
   if (!traits || std::string_view(format.name) == "avi") return Clock::decoding;
-  if (isExact(timeBase, sampleRate)) return Clock::timestamps;
+  // ADPCM in WAV has no times after a seek but those of a mean bit rate.
+  const bool isADPCM = codec == AV_CODEC_ID_ADPCM_IMA_WAV || codec == AV_CODEC_ID_ADPCM_MS;
+  if (isExact(timeBase, sampleRate) && !isADPCM) return Clock::timestamps;
   return traits->packetsTellTheirLength ? Clock::durations : Clock::decoding;
 }
 

@@ -129,29 +129,39 @@ bool FrameSource::seek(std::int64_t target) {
   return false;
 }
 
-// A container may land later than it was asked to: then it is asked for an
-// earlier place, a few times.
+bool FrameSource::readPositionedPacket() {
+  // After a seek, FFmpeg guesses the times in the Ogg page where it lands; from
+  // the next page on they come from the file.
+  const bool isOgg = std::string_view(demuxer_->format().iformat->name) == "ogg";
+  std::optional<std::int64_t> landing;
+  while (demuxer_->read(*packet_) == Demuxer::Status::packet) {
+    if (!landing) landing = packet_->pos;
+    pendingPosition_ = clock_.position(*packet_);
+    if (pendingPosition_ && !(isOgg && packet_->pos == landing)) return true;
+  }
+  return false;
+}
+
+// A container may land later than it was asked to: then it is asked for ever
+// earlier places, and at last there is the beginning.
 bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
   const AVStream& stream = demuxer_->stream();
   std::int64_t asked = target - lead;
-  for (int attempt = 0; attempt < 4; ++attempt) {
-    if (!demuxer_->seek(av_rescale_q_rnd(asked, {1, plan_.outputRate}, stream.time_base,
-                                         AV_ROUND_DOWN))) {
-      return false;
-    }
+  for (std::int64_t step = plan_.outputRate; step < 64 * std::int64_t{plan_.outputRate};
+       step *= 2) {
+    const auto time =
+        av_rescale_q_rnd(asked, {1, plan_.outputRate}, stream.time_base, AV_ROUND_DOWN);
+    if (asked < 0 || !demuxer_->seek(time)) return false;
     decoder_.flush();
     converter_.reset();
     isConverting_ = false;
     ended_ = false;
-    // The first packet with a time says where this is.
-    do {
-      if (demuxer_->read(*packet_) != Demuxer::Status::packet) return false;
-      pendingPosition_ = clock_.position(*packet_);
-    } while (!pendingPosition_);
-    packetIsPending_ = true;
-    next_ = *pendingPosition_;
-    if (next_ <= target - lead) return true;
-    asked -= next_ - (target - lead) + plan_.outputRate;
+    if (readPositionedPacket() && *pendingPosition_ <= target - lead) {
+      packetIsPending_ = true;
+      next_ = *pendingPosition_;
+      return true;
+    }
+    asked -= step;
   }
   return false;
 }

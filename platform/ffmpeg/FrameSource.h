@@ -86,6 +86,7 @@ class FrameSource {
   enum class Fed { packet, end, error };
   bool acceptFrame();
   Fed feed();
+  bool readPositionedPacket();
   bool seekByTime(std::int64_t target, std::int64_t lead);
   bool skipTo(std::int64_t position);
 
