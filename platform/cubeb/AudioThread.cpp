@@ -71,6 +71,8 @@ void AudioThread::shutDown() {
   stopped_ = true;
   changed_.notify_all();
   const bool ended = changed_.wait_for(lock, endPatience, [this] { return ended_; });
+  // The players in them end here, and not with the last one to hold this thread.
+  const auto undone = std::exchange(tasks_, {});
   lock.unlock();
   if (ended) {
     thread_.join();
