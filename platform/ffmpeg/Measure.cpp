@@ -58,6 +58,27 @@ bool beginsAnotherSection(const AVPacket& packet) {
          av_packet_get_side_data(&packet, AV_PKT_DATA_PARAM_CHANGE, nullptr) != nullptr;
 }
 
+// FFmpeg's FLAC decoder refuses frames of another depth than the stream began
+// with: to it the song ends there. The depth is in bits 1 to 3 of a frame's
+// fourth byte (RFC 9639, 9.1.4), 0 for the stream's own.
+bool changesDepth(const AVPacket& packet, const AVCodecParameters& codec) {
+  constexpr std::array depths{0, 8, 12, 0, 16, 20, 24, 32};
+  if (codec.codec_id != AV_CODEC_ID_FLAC || packet.size < 4 || codec.bits_per_raw_sample <= 0) {
+    return false;
+  }
+  const int depth = depths[packet.data[3] >> 1U & 7U];
+  return depth != 0 && depth != codec.bits_per_raw_sample;
+}
+
+// The bits of a frame's header that say its rate, in raw streams of frames that
+// carry one: MPEG audio (ISO/IEC 11172-3, 2.4.1.3) and ADTS (ISO/IEC 13818-7, 6.2.1).
+unsigned rateBits(const AVPacket& packet, std::string_view container) {
+  if (packet.size < 3) return 0;
+  if (container == "mp3") return (packet.data[1] & 0x18U) << 8U | (packet.data[2] & 0x0CU);
+  if (container == "aac") return packet.data[2] & 0x3CU;
+  return 0;
+}
+
 /// Everything that a pass over the packets gathers.
 struct Tally {
   Counted counted;
@@ -82,8 +103,13 @@ platform::Result<Tally> countPackets(Input& input, Demuxer& demuxer, PacketClock
   Tally tally;
   Counted& counted = tally.counted;
   std::int64_t next = 0;
+  unsigned firstRateBits = 0;
   Demuxer::Status status = demuxer.read(*packet);
   for (; status == Demuxer::Status::packet; status = demuxer.read(*packet)) {
+    if (changesDepth(*packet, *demuxer.stream().codecpar)) break;
+    const unsigned bits = rateBits(*packet, demuxer.format().iformat->name);
+    if (tally.packets == 0) firstRateBits = bits;
+    if (bits != firstRateBits) tally.changes = true;
     const std::int64_t position = clock.position(*packet).value_or(next);
     const auto duration = clock.duration();
     if (!duration) tally.isCountable = false;

@@ -53,6 +53,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
     std::shared_ptr<Input> input, Demuxer& demuxer) {
   const AVStream& stream = demuxer.stream();
   const AVCodecParameters& codec = *stream.codecpar;
+  const std::string_view name(demuxer.format().iformat->name);
   std::unique_ptr<PcmAudioFile> file(new PcmAudioFile);
   file->format_ = {static_cast<double>(codec.sample_rate),
                    static_cast<std::uint32_t>(codec.ch_layout.nb_channels)};
@@ -75,6 +76,10 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
       end = std::max(end, tail->end);
     }
     file->length_ = (std::min(end, input->size()) - head->begin) / file->frameSize_;
+    // The demuxer of AU takes what follows the samples for more of them.
+    if (name == "au" && stream.duration > 0) {
+      file->length_ = std::min(file->length_, stream.duration);
+    }
   }
   file->input_ = std::move(input);
   return file;

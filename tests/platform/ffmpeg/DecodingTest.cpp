@@ -1,0 +1,68 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "platform/ffmpeg/AudioFile.h"
+#include "tests/platform/ffmpeg/Songs.h"
+
+namespace quibel::test {
+namespace {
+
+class Decoding : public testing::TestWithParam<SongFormat> {
+ protected:
+  std::filesystem::path make(const Sound& sound) {
+    const auto wav = directory_.path() / "source.wav";
+    writeWav(wav, sound);
+    return makeSong(GetParam(), wav);
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_P(Decoding, LengthIsExactAndIsWhatReadsDeliver) {
+  const auto song = openSong(make(test::song(GetParam().rate, 2, sourceLength)));
+  EXPECT_EQ(song->length(), GetParam().expectedLength);
+  EXPECT_EQ(song->processingFormat(), (platform::AudioFormat{double(GetParam().rate), 2}));
+  EXPECT_EQ(song->framePosition(), 0);
+  const auto length = song->length();
+  EXPECT_EQ(readAll(*song).frames(), length);
+  EXPECT_EQ(song->framePosition(), length);
+}
+
+TEST_P(Decoding, EverySampleIsInItsPlace) {
+  const Sound source = test::song(GetParam().rate, 2, sourceLength);
+  const Sound decoded = readAll(make(source));
+  if (GetParam().isLossless) {
+    const Sound expected = quantized(source, WavFormat::signed16);
+    ASSERT_EQ(decoded.frames(), expected.frames());
+    EXPECT_EQ(greatestDifference(expected, 0, decoded), 0);
+  } else if (GetParam().expectedLength == static_cast<std::int64_t>(sourceLength)) {
+    EXPECT_EQ(lagBehind(source, decoded, 1200, 1200, 20'000), 0) << "at the beginning";
+    EXPECT_EQ(lagBehind(source, decoded, 1200, 66'000, 20'000), 0) << "at the end";
+  }
+}
+
+TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
+  const auto file = make(test::song(GetParam().rate, 2, 7 * 44'100 + 77));
+  const Sound whole = readAll(file);
+  const auto song = openSong(file);
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 200; ++i) {
+    const auto frame = static_cast<std::int64_t>(random() % (whole.frames() + 1));
+    ASSERT_TRUE(song->seek(frame));
+    ASSERT_EQ(song->framePosition(), frame);
+    const Sound part = readFrames(*song, 4096);
+    ASSERT_EQ(part.frames(), std::min<std::size_t>(4096, whole.frames() - std::size_t(frame)));
+    const float tolerance = GetParam().isLossless ? 0.0F : 1e-6F;
+    ASSERT_LE(greatestDifference(whole, std::size_t(frame), part), tolerance)
+        << "at frame " << frame << " of " << whole.frames();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, Decoding, testing::ValuesIn(songFormats()),
+                         [](const auto& parameter) { return parameter.param.name; });
+
+}  // namespace
+}  // namespace quibel::test
