@@ -1,6 +1,7 @@
 """What the windows on a desktop show, read as a screen reader would."""
 
 import os
+from typing import NamedTuple
 
 import gi
 
@@ -10,11 +11,13 @@ from gi.repository import Atspi, GLib  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
 
-class Box:
+class Box(NamedTuple):
     """A rectangle of the screen, in pixels."""
 
-    def __init__(self, x, y, width, height):
-        self.x, self.y, self.width, self.height = x, y, width, height
+    x: int
+    y: int
+    width: int
+    height: int
 
     @property
     def centre(self):

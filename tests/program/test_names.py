@@ -1,5 +1,5 @@
 import songs
-from quibel import CREATE
+from quibel import CREATE, LISTEN, STOP
 from scenario import Scenario
 
 
@@ -29,12 +29,17 @@ class Names(Scenario):
         self.assert_usable(b"<b>negrita</b> &amp;.wav".replace(b"/", b""), "<b>negrita<b> &amp;.m4r")
         self.assertIn("<b>negrita<b> &amp;.wav", self.quibel.labels())
 
-    def test_a_newline(self):
-        path = bytes(self.desktop.home) + "/dos\nlíneas.wav".encode()
-        self.quibel.load(songs.tone(path, 1))
+    def test_a_newline_is_shown_on_one_line(self):
+        self.assert_loads("dos\nlíneas.wav".encode(), "dos␊líneas.wav")
 
     def test_bytes_that_are_no_utf8(self):
-        path = bytes(self.desktop.home) + b"/cami\xf3n.wav"
-        self.quibel.load(songs.tone(path, 1))
-        self.quibel.export(self.song("camión.m4r"))
-        self.quibel.wait_for("label", "Tono guardado: camión.m4r", seconds=60)
+        self.assert_loads(b"cami\xf3n.wav", "cami\N{REPLACEMENT CHARACTER}n.wav")
+
+    def assert_loads(self, name, shown):
+        """A song of that name, in bytes, loads, plays and makes a ringtone."""
+        self.quibel.load(songs.tone(bytes(self.desktop.home) + b"/" + name, 1))
+        self.assertIn(shown, self.quibel.labels())
+        self.quibel.click(LISTEN)
+        self.quibel.click(STOP)
+        self.quibel.export(self.song("tono.m4r"))
+        self.quibel.wait_for("label", "Tono guardado: tono.m4r", seconds=60)

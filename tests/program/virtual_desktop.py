@@ -124,14 +124,14 @@ class VirtualDesktop(contextlib.ExitStack):
         self._start_bus()
         self.start("openbox")
         self._start_sound()
-        wait_until(self._managed, "the window manager")
+        wait_until(self._managed, lambda: "the window manager:\n" + self.log("openbox"))
         wait_until(self._sounding, lambda: "the sound server:\n" + self.log("pulseaudio"))
 
     def _start_screen(self):
         reading, writing = os.pipe()
         screen = f"{SCREEN_WIDTH}x{SCREEN_HEIGHT}x24"
         self.start(
-            "Xvfb", "-displayfd", str(writing), "-screen", "0", screen, "-nolisten", "tcp",
+            "Xvfb", "-displayfd", str(writing), "-screen", "0", screen, "-nolisten", "tcp", "-noreset",
             pass_fds=[writing],
         )  # fmt: skip
         os.close(writing)
