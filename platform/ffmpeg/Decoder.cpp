@@ -18,7 +18,9 @@ platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int
                                         const Options& options) {
   const AVCodec* const kind = decoderFor(parameters.codec_id);
   if (kind == nullptr) {
-    return std::unexpected(makeError(Failure::noCodec, avcodec_get_name(parameters.codec_id)));
+    const bool isNamed = parameters.codec_id != AV_CODEC_ID_NONE;
+    return std::unexpected(
+        makeError(Failure::noCodec, isNamed ? avcodec_get_name(parameters.codec_id) : ""));
   }
   CodecPointer codec(avcodec_alloc_context3(kind));
   if (!codec || avcodec_parameters_to_context(codec.get(), &parameters) < 0) throw std::bad_alloc();
@@ -26,6 +28,11 @@ platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int
   codec->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
   codec->max_samples = maximumFramesPerPacket;
   if (!options.trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+  // A damaged FLAC frame mostly decodes, to noise at full scale, unless its
+  // checksum is looked at.
+  if (parameters.codec_id == AV_CODEC_ID_FLAC) {
+    codec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
+  }
   codec->thread_count = 1;
   if (options.threads > 1 && (kind->capabilities & AV_CODEC_CAP_FRAME_THREADS) != 0) {
     codec->thread_count = options.threads;

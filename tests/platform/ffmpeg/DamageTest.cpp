@@ -1,0 +1,147 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "platform/ffmpeg/AudioFile.h"
+#include "tests/platform/ffmpeg/Songs.h"
+
+namespace quibel::test {
+namespace {
+
+class Damage : public testing::Test {
+ protected:
+  std::filesystem::path file(const std::string& name) const { return directory_.path() / name; }
+
+  /// Makes a song of 10 s, and overwrites `count` bytes in its middle.
+  Sound decodedAndDamaged(const std::string& name, const std::vector<std::string>& command,
+                          std::size_t count) {
+    writeWav(file("s.wav"), song(44'100, 2, 441'000));
+    const auto path = makeSong({name, name, command}, file("s.wav"));
+    Sound whole = readAll(path);
+    auto bytes = readBytes(path);
+    const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
+    std::fill_n(middle, count, std::uint8_t{0x55});
+    writeBytes(path, bytes);
+    return whole;
+  }
+
+  TemporaryDirectory directory_;
+};
+
+struct Difference {
+  std::size_t first = 0;
+  std::size_t last = 0;
+  bool isSilent = true;  ///< between them
+};
+
+// Where the second sound's samples differ from the first's.
+Difference compare(const Sound& whole, const Sound& damaged) {
+  Difference found{whole.frames(), 0, true};
+  for (std::size_t i = 0; i < whole.frames(); ++i) {
+    if (whole.channels[0][i] == damaged.channels[0][i]) continue;
+    found.first = std::min(found.first, i);
+    found.last = i;
+  }
+  for (std::size_t i = found.first; i <= found.last && i < whole.frames(); ++i) {
+    if (damaged.channels[0][i] != 0) found.isSilent = false;
+  }
+  return found;
+}
+
+TEST_F(Damage, FailingFlacPacketBecomesSilenceOfItsLength) {
+  const Sound whole =
+      decodedAndDamaged("song.flac", {"flac", "-s", "-o", "{out}", "{in}"}, 200);
+  const Sound damaged = readAll(file("song.flac"));
+  ASSERT_EQ(damaged.frames(), whole.frames());
+  const Difference difference = compare(whole, damaged);
+  EXPECT_LT(difference.first, difference.last);
+  EXPECT_LE(difference.last - difference.first, 2U * 4096);
+  EXPECT_TRUE(difference.isSilent);
+}
+
+TEST_F(Damage, FailingAacPacketsLeaveTheRestInItsPlace) {
+  const Sound whole = decodedAndDamaged(
+      "song.m4a", {"ffmpeg", "-v", "error", "-i", "{in}", "-aac_pns", "0", "{out}"}, 3000);
+  const Sound damaged = readAll(file("song.m4a"));
+  ASSERT_EQ(damaged.frames(), whole.frames());
+  const Difference difference = compare(whole, damaged);
+  EXPECT_GT(difference.first, 100'000U);
+  EXPECT_LT(difference.last, 340'000U);
+}
+
+TEST_F(Damage, BrokenMp3FramesLeaveTheRestInItsPlace) {
+  const Sound whole =
+      decodedAndDamaged("song.mp3", {"lame", "--quiet", "{in}", "{out}"}, 300);
+  const Sound damaged = readAll(file("song.mp3"));
+  ASSERT_EQ(damaged.frames(), whole.frames());
+  EXPECT_LT(compare(whole, damaged).last, 300'000U);
+}
+
+TEST_F(Damage, LostOggPageBecomesSilenceAndLeavesTheRestInItsPlace) {
+  for (const auto& command : {std::vector<std::string>{"oggenc", "-Q", "-o", "{out}", "{in}"},
+                              std::vector<std::string>{"flac", "-s", "-f", "--ogg", "-o", "{out}",
+                                                       "{in}"}}) {
+    const Sound whole = decodedAndDamaged("song.ogg", command, 20);
+    const Sound damaged = readAll(file("song.ogg"));
+    ASSERT_EQ(damaged.frames(), whole.frames()) << command[0];
+    const Difference difference = compare(whole, damaged);
+    EXPECT_GT(difference.first, 100'000U) << command[0];
+    EXPECT_LT(difference.last, 340'000U) << command[0];
+  }
+}
+
+TEST_F(Damage, RandomDamageNeverCrashesAndLengthIsWhatIsDelivered) {
+  for (const SongFormat& format : songFormats()) {
+    writeWav(file("s.wav"), song(44'100, 2, 22'050));
+    const auto path = makeSong(format, file("s.wav"));
+    const auto whole = readBytes(path);
+    std::mt19937 random(11);
+    for (int i = 0; i < 12; ++i) {
+      auto bytes = whole;
+      for (int hits = 0; hits < 1 + i; ++hits) {
+        std::uint8_t& byte = bytes[random() % bytes.size()];
+        byte = static_cast<std::uint8_t>(byte ^ 1U << random() % 8);
+      }
+      if (i % 4 == 3) bytes.resize(random() % bytes.size() + 1);
+      writeBytes(path, bytes);
+      const auto opened = ffmpeg::openAudioFile(platform::FileURL(path));
+      if (!opened) continue;
+      EXPECT_EQ(static_cast<std::int64_t>(readAll(**opened).frames()), (*opened)->length())
+          << format.name << " " << i;
+    }
+  }
+}
+
+class Truncated : public testing::TestWithParam<SongFormat> {};
+
+TEST_P(Truncated, FileGivesWhatIsThere) {
+  const TemporaryDirectory directory;
+  const auto wav = directory.path() / "s.wav";
+  writeWav(wav, song(GetParam().rate, 2, 5 * 44'100));
+  const auto path = makeSong(GetParam(), wav);
+  const Sound whole = readAll(path);
+  auto bytes = readBytes(path);
+  bytes.resize(bytes.size() * 6 / 10);
+  writeBytes(path, bytes);
+  const auto opened = ffmpeg::openAudioFile(platform::FileURL(path));
+  if (!opened) {
+    // Its index was at the end.
+    EXPECT_EQ(opened.error().localizedDescription(),
+              "El archivo está dañado y no se puede decodificar.");
+    return;
+  }
+  const Sound part = readAll(**opened);
+  EXPECT_EQ(static_cast<std::int64_t>(part.frames()), (*opened)->length());
+  EXPECT_GT(part.frames(), whole.frames() * 4 / 10);
+  EXPECT_LT(part.frames(), whole.frames() * 8 / 10);
+  Sound most = part;
+  for (auto& channel : most.channels) channel.resize(whole.frames() * 4 / 10);
+  EXPECT_LE(greatestDifference(whole, 0, most), GetParam().isLossless ? 0 : 1e-6F);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, Truncated, testing::ValuesIn(songFormats()),
+                         [](const auto& parameter) { return parameter.param.name; });
+
+}  // namespace
+}  // namespace quibel::test

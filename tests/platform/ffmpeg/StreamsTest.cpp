@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include "tests/platform/ffmpeg/Songs.h"
+
+namespace quibel::test {
+namespace {
+
+class Streams : public testing::Test {
+ protected:
+  std::string file(const std::string& name) const { return (directory_.path() / name).string(); }
+
+  static void ffmpeg(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"ffmpeg", "-v", "error", "-y"});
+    run(arguments);
+  }
+
+  void concatenate(const std::string& one, const std::string& other, const std::string& to) const {
+    auto bytes = readBytes(file(one));
+    const auto more = readBytes(file(other));
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    writeBytes(file(to), bytes);
+  }
+
+  void expectSeeksToBeExact(const std::string& name) const {
+    const Sound whole = readAll(file(name));
+    const auto song = openSong(file(name));
+    for (std::size_t i = 0; i < 40; ++i) {
+      const std::size_t frame = (i * 7919 * 13) % (whole.frames() + 1);
+      ASSERT_TRUE(song->seek(static_cast<std::int64_t>(frame)));
+      ASSERT_LE(greatestDifference(whole, frame, readFrames(*song, 2000)), 1e-6F) << frame;
+    }
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(Streams, CoverArtIsNoSound) {
+  const Sound source = song(44'100, 2, sourceLength);
+  writeWav(file("s.wav"), source);
+  // A picture that does not compress: larger than what is looked at to tell a format.
+  ffmpeg({"-f", "lavfi", "-i", "nullsrc=s=1500x1500,geq=random(1)*255:128:128", "-frames:v", "1",
+          file("art.png")});
+  for (const auto& [codec, name] :
+       {std::pair{"libmp3lame", "a.mp3"}, {"flac", "a.flac"}, {"alac", "a.m4a"}}) {
+    ffmpeg({"-i", file("s.wav"), "-i", file("art.png"), "-map", "0", "-map", "1", "-c:a", codec,
+            "-c:v", "copy", "-disposition:v", "attached_pic", file(name)});
+    EXPECT_EQ(readAll(file(name)).frames(), sourceLength) << name;
+  }
+}
+
+TEST_F(Streams, SoundOfAFilmIsTaken) {
+  writeWav(file("s.wav"), song(44'100, 2, sourceLength));
+  for (const char* name : {"a.mp4", "a.mkv"}) {
+    ffmpeg({"-f", "lavfi", "-i", "testsrc=d=2", "-i", file("s.wav"), "-c:v", "mpeg4", "-c:a",
+            "alac", file(name)});
+    EXPECT_EQ(readAll(file(name)).frames(), sourceLength) << name;
+  }
+}
+
+TEST_F(Streams, DefaultSoundStreamIsTaken) {
+  writeWav(file("short.wav"), song(44'100, 1, 44'100));
+  writeWav(file("long.wav"), song(44'100, 2, 66'150));
+  for (const char* name : {"a.mka", "a.m4a"}) {
+    ffmpeg({"-i", file("short.wav"), "-i", file("long.wav"), "-map", "0", "-map", "1", "-c:a",
+            "alac", "-disposition:a:0", "0", "-disposition:a:1", "default", file(name)});
+    EXPECT_EQ(readAll(file(name)).frames(), 66'150U) << name;
+    ffmpeg({"-i", file("short.wav"), "-i", file("long.wav"), "-map", "0", "-map", "1", "-c:a",
+            "alac", "-disposition:a:0", "default", "-disposition:a:1", "0", file(name)});
+    EXPECT_EQ(readAll(file(name)).frames(), 44'100U) << name;
+  }
+}
+
+TEST_F(Streams, ChainedOggIsOneSong) {
+  writeWav(file("one.wav"), song(44'100, 2, sourceLength, 1));
+  writeWav(file("two.wav"), song(44'100, 2, sourceLength, 5));
+  for (const std::string name : {"one", "two"}) {
+    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+  }
+  concatenate("one.ogg", "two.ogg", "chain.ogg");
+  const Sound one = readAll(file("one.ogg"));
+  const Sound two = readAll(file("two.ogg"));
+  const Sound chain = readAll(file("chain.ogg"));
+  ASSERT_EQ(chain.frames(), 2 * sourceLength);
+  EXPECT_EQ(greatestDifference(chain, 0, one), 0);
+  EXPECT_EQ(greatestDifference(chain, sourceLength, two), 0);
+  expectSeeksToBeExact("chain.ogg");
+}
+
+TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
+  writeWav(file("one.wav"), song(44'100, 2, 44'100, 1));
+  writeWav(file("two.wav"), song(48'000, 1, 48'000, 5));
+  for (const std::string name : {"one", "two"}) {
+    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+  }
+  concatenate("one.ogg", "two.ogg", "chain.ogg");
+  const Sound chain = readAll(file("chain.ogg"));
+  EXPECT_EQ(chain.rate, 44'100);
+  ASSERT_EQ(chain.channels.size(), 2U);
+  EXPECT_EQ(chain.frames(), 88'200U);
+  // The second section is the second song at another rate.
+  const Sound expected = song(44'100, 1, 44'100, 9);
+  const Sound tone = sine(44'100, 1, 44'100, 220);
+  Sound second{44'100, {{chain.channels[0].begin() + 44'100, chain.channels[0].end()}}};
+  double same = 0;
+  for (std::size_t i = 10'000; i < 40'000; ++i) same += tone.channels[0][i] * second.channels[0][i];
+  EXPECT_GT(same / 30'000, 0.03) << "the tone of 220 Hz keeps its pitch and phase";
+  expectSeeksToBeExact("chain.ogg");
+}
+
+TEST_F(Streams, ChangeOfRateOrChannelsKeepsTheFormOfTheFirstSection) {
+  writeWav(file("one.wav"), song(44'100, 2, 44'100));
+  writeWav(file("mono.wav"), song(44'100, 1, 44'100));
+  writeWav(file("fast.wav"), song(48'000, 2, 48'000));
+  for (const std::string name : {"one", "mono", "fast"}) {
+    run({"lame", "--quiet", "-t", file(name + ".wav"), file(name + ".mp3")});
+    ffmpeg({"-i", file(name + ".wav"), "-c:a", "aac", "-aac_pns", "0", file(name + ".aac")});
+  }
+  for (const std::string extension : {".mp3", ".aac"}) {
+    const auto length = readAll(file("one" + extension)).frames();
+    concatenate("one" + extension, "mono" + extension, "song" + extension);
+    Sound sound = readAll(file("song" + extension));
+    EXPECT_EQ(sound.channels.size(), 2U);
+    EXPECT_EQ(sound.frames(), 2 * length);
+    expectSeeksToBeExact("song" + extension);
+
+    concatenate("one" + extension, "fast" + extension, "song" + extension);
+    sound = readAll(file("song" + extension));
+    EXPECT_EQ(sound.rate, 44'100);
+    EXPECT_NEAR(static_cast<double>(sound.frames()), 2.0 * static_cast<double>(length), 2200);
+    expectSeeksToBeExact("song" + extension);
+  }
+}
+
+}  // namespace
+}  // namespace quibel::test
