@@ -12,7 +12,7 @@ from waiting import wait_until  # noqa: E402
 
 
 class Box(NamedTuple):
-    """A rectangle of the screen, in pixels."""
+    """A rectangle in pixels."""
 
     x: int
     y: int
@@ -25,23 +25,18 @@ class Box(NamedTuple):
 
 
 class Accessible:
-    """One element of a program's tree: what it is, what it is called, where it is."""
+    """One element of a program's tree: what it was when it was found, and where it
+    is and what it holds now.
+
+    role is a name such as "push button" or "slider".
+    """
 
     def __init__(self, node):
         self._node = node
-
-    @property
-    def name(self):
-        return self._node.get_name()
-
-    @property
-    def description(self):
-        return self._node.get_description()
-
-    @property
-    def role(self):
-        """The role's name, such as "button" or "slider"."""
-        return self._node.get_role_name()
+        self.name = node.get_name()
+        self.description = node.get_description()
+        self.role = node.get_role_name()
+        self.showing = self._has(Atspi.StateType.SHOWING) and self._has(Atspi.StateType.VISIBLE)
 
     @property
     def text(self):
@@ -59,24 +54,26 @@ class Accessible:
 
     @property
     def box(self):
+        """Where it is on the screen, as far as its program knows: a window manager
+        that has moved the window does not always tell."""
         extents = Atspi.Component.get_extents(self._node, Atspi.CoordType.SCREEN)
         return Box(extents.x, extents.y, extents.width, extents.height)
+
+    @property
+    def window(self):
+        """The window that it is in: the element below the program itself."""
+        node = self._node
+        while (parent := node.get_parent()).get_role() != Atspi.Role.APPLICATION:
+            node = parent
+        return Accessible(node)
 
     @property
     def enabled(self):
         return self._has(Atspi.StateType.ENABLED)
 
     @property
-    def showing(self):
-        return self._has(Atspi.StateType.SHOWING) and self._has(Atspi.StateType.VISIBLE)
-
-    @property
     def selected(self):
         return self._has(Atspi.StateType.SELECTED)
-
-    @property
-    def parent(self):
-        return Accessible(self._node.get_parent())
 
     def walk(self):
         """This element and all below it, parents first, in their order."""

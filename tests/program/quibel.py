@@ -1,8 +1,9 @@
 """Quibel itself, worked from outside as a person would."""
 
 import re
+import subprocess
 
-from accessible import Screen
+from accessible import Box, Screen
 from drag import Drag, uri_list
 from pointer import Pointer
 from waiting import PATIENCE, wait_until
@@ -44,10 +45,8 @@ class Quibel:
 
     @property
     def box(self):
-        """Where the window is: x, y, width, height in pixels of the screen."""
-        geometry = self.desktop.run("xdotool", "getwindowgeometry", "--shell", self.window_id)
-        values = dict(line.split("=") for line in geometry.decode().split())
-        return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+        """Where the main window is on the screen."""
+        return self._box_of(self.window_id)
 
     def labels(self):
         """Every text that shows, in the window's order."""
@@ -68,16 +67,8 @@ class Quibel:
         return self.has("push button", name)
 
     def click(self, name):
-        """Clicks on a button once it stands still."""
-        button = self.button(name)
-        previous = None
-
-        def still():
-            nonlocal previous
-            before, previous = previous, button.box
-            return before == previous and previous
-
-        self.pointer.click(*wait_until(still, f"the button {name!r} to stand still").centre)
+        """Clicks on a button."""
+        self.pointer.click(*self._centre(self.button(name)))
 
     def close(self):
         """Closes the window and returns what the process ended with."""
@@ -102,8 +93,7 @@ class Quibel:
         return drag.drop()
 
     def middle(self):
-        x, y, width, height = self.box
-        return x + width / 2, y + height / 2
+        return self.box.centre
 
     def load(self, path):
         """Drops a song and waits until it is ready to be edited."""
@@ -143,30 +133,57 @@ class Quibel:
 
     def drag_handle(self, name, x):
         """Drags a handle with the mouse to a column of the screen."""
-        self.pointer.move(*self.handle(name).centre)
+        at, y = self.handle(name)
+        self.pointer.move(at, y)
         self.pointer.press()
         # A person's pointer passes through what lies between.
-        self.pointer.move(x, self.handle(name).centre[1])
+        self.pointer.move((at + x) / 2, y)
+        self.pointer.move(x, y)
         self.pointer.release()
 
     def handle(self, name):
-        """Where a handle is."""
-        return self.wait_for("slider", name).box
+        """Where a handle can be taken: near its middle, on the side of the fragment,
+        as the other side is cut off at the song's ends."""
+        x, y = self._centre(self.wait_for("slider", name))
+        return x + (3 if name == START_HANDLE else -3), y
 
     # The alert.
 
     def alert(self, seconds=30.0):
         """The alert's message, once it shows."""
-        accept = self.wait_for("push button", ACCEPT, seconds)
-        window = accept.parent
-        while window.role not in ("alert", "dialog"):
-            window = window.parent
-        texts = [e.name for e in window.walk() if e.role == "label" and e.name and e.showing]
+        window = self.wait_for("push button", ACCEPT, seconds).window
+        texts = [element.name for element in window.walk() if element.role == "label"]
         return next(text for text in texts if re.match(r"No se ha podido|Este formato", text))
 
     def accept_alert(self):
         self.click(ACCEPT)
         wait_until(lambda: not self.has_button(ACCEPT), "the alert to go")
+
+    def _centre(self, element):
+        """Where on the screen an element of the active window has its middle, once
+        that window stands still."""
+        window = element.window
+        previous = None
+
+        def still():
+            nonlocal previous
+            before, previous = previous, self._active_box()
+            return previous if before == previous and _same_size(previous, window.box) else None
+
+        there = wait_until(still, f"the window of {element.name!r} to be active")
+        x, y = element.box.centre
+        return there.x + x - window.box.x, there.y + y - window.box.y
+
+    def _active_box(self):
+        try:
+            return self._box_of(self.desktop.run("xdotool", "getactivewindow").decode().strip())
+        except subprocess.CalledProcessError:  # while none is active
+            return None
+
+    def _box_of(self, window_id):
+        geometry = self.desktop.run("xdotool", "getwindowgeometry", "--shell", window_id)
+        values = dict(line.split("=") for line in geometry.decode().split())
+        return Box(*(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")))
 
     def _read_out(self, title):
         """The time under a title, in seconds."""
@@ -179,6 +196,10 @@ class Quibel:
             raise AssertionError(f"quibel ended with {self.process.returncode}:\n{self.log}")
         try:
             found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quibel$")
-        except Exception:  # xdotool fails while there is none
+        except subprocess.CalledProcessError:  # while there is none
             return None
         return found.decode().split()[0]
+
+
+def _same_size(one, other):
+    return one is not None and (one.width, one.height) == (other.width, other.height)

@@ -17,7 +17,7 @@ class Drop(Scenario):
         self.assertEqual(self.quibel.drop_files(first, second), "finished")
         self.quibel.wait_until_loaded()
         self.assertIn("primera.wav", self.quibel.labels())
-        self.assertEqual(self.quibel.length(), 3)
+        self.assertEqual(self.quibel.fragment(), (0, 3, 3))
 
     def test_a_text_file_is_accepted_and_ends_in_the_alert(self):
         text = self.song("apuntes.txt")
@@ -73,7 +73,7 @@ class Drop(Scenario):
         self.quibel.answer_panel(OPEN_PANEL, other)
         self.quibel.wait_for("label", "otra.wav")
         self.quibel.wait_until_loaded()
-        self.assertEqual(self.quibel.length(), 5)
+        self.assertEqual(self.quibel.fragment(), (0, 5, 5))
 
     def test_a_cancelled_panel_keeps_the_song(self):
         self.quibel.load(songs.tone(self.song("queda.wav"), 2))
