@@ -6,6 +6,7 @@ import subprocess
 from accessible import Box, Screen
 from drag import Drag, uri_list
 from pointer import Pointer
+from virtual_desktop import FILE_MANAGER
 from waiting import PATIENCE, wait_until
 
 CHOOSE = "Seleccionar canción…"
@@ -103,7 +104,7 @@ class Quibel:
     def wait_until_loaded(self):
         self.wait_for("label", GUIDANCE, seconds=60)
 
-    # Panels.
+    # Panels and the file manager.
 
     def answer_panel(self, title, path):
         """Writes a path into an open or save panel and confirms it."""
@@ -124,6 +125,16 @@ class Quibel:
         """Asks for a ringtone at path; does not wait for it."""
         self.click(CREATE)
         self.answer_panel(SAVE_PANEL, path)
+
+    def wait_until_revealed(self, path):
+        """Until the file manager shows the folder with that file pointed out."""
+        self.screen.wait_for(FILE_MANAGER, "frame", path.parent.name, seconds=30)
+
+        def pointed_out():
+            item = self.screen.find(FILE_MANAGER, "list item", path.name)
+            return item and item.selected
+
+        wait_until(pointed_out, lambda: f"{path.name} in\n" + self.screen.describe(FILE_MANAGER))
 
     # The fragment.
 

@@ -75,13 +75,7 @@ class Road:
         return ringtone
 
     def _reveal(self, ringtone):
-        screen = self.quibel.screen
-        folder = ringtone.parent.name
-        screen.wait_for("pcmanfm-qt", "frame", folder, seconds=30)
-        wait_until(
-            lambda: screen.find("pcmanfm-qt", "list item", ringtone.name).selected,
-            "the file manager to point out the ringtone",
-        )
+        self.quibel.wait_until_revealed(ringtone)
         self.picture("revealed")
 
 
@@ -89,6 +83,7 @@ def main():
     build, results = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
     results.mkdir(parents=True, exist_ok=True)
     with VirtualDesktop() as desktop:
+        desktop.start_file_manager()
         ringtone = Road(desktop, build, results).take()
     facts = Ringtone(ringtone)
     print(f"ringtone: {ringtone} ({facts.codec}, {facts.seconds:.3f} s)")

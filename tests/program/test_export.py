@@ -18,7 +18,8 @@ class Export(Scenario):
         self.assertLessEqual(tone.seconds, 40)
 
     def test_writes_a_ringtone_and_shows_it_in_the_file_manager(self):
-        self.quibel.load(songs.tone(self.song("Mi canción.mp3.wav"), 60))
+        self.desktop.start_file_manager()
+        self.quibel.load(songs.tone(self.song("Mi canción.wav"), 60))
         folder = self.desktop.home / "tonos"
         folder.mkdir()
         saved = folder / "Mi canción.m4r"
@@ -26,12 +27,7 @@ class Export(Scenario):
 
         self.assert_ringtone(saved, 40)
         self.assertGreater(Ringtone(saved).loudness(20), 10000)
-        screen = self.quibel.screen
-        screen.wait_for("pcmanfm-qt", "frame", "tonos", seconds=30)
-        wait_until(
-            lambda: screen.find("pcmanfm-qt", "list item", saved.name).selected,
-            "the ringtone to be pointed out",
-        )
+        self.quibel.wait_until_revealed(saved)
         self.assertEqual(self.temporary_ringtones(), [])
         self.assertTrue(self.quibel.button(CREATE).enabled)
 

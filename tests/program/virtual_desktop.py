@@ -13,12 +13,7 @@ from waiting import PATIENCE, wait_until
 SCREEN_WIDTH = 1280
 SCREEN_HEIGHT = 1024
 
-# Two of org.freedesktop.FileManager1's methods show something; the file manager
-# that answers is started by the bus when one of them is first called.
-FILE_MANAGER_SERVICE = """[D-BUS Service]
-Name=org.freedesktop.FileManager1
-Exec=/usr/bin/pcmanfm-qt --daemon-mode
-"""
+FILE_MANAGER = "pcmanfm-qt"
 
 
 class VirtualDesktop(contextlib.ExitStack):
@@ -79,6 +74,12 @@ class VirtualDesktop(contextlib.ExitStack):
             command, env=self.environment, check=True, capture_output=True, timeout=60 * PATIENCE
         ).stdout
 
+    def start_file_manager(self):
+        """Starts the file manager, which waits without a window until it is asked to
+        show something."""
+        self.start(FILE_MANAGER, "--daemon-mode")
+        wait_until(self._manages_files, lambda: "the file manager:\n" + self.log(FILE_MANAGER))
+
     def screenshot(self, path):
         """Writes the whole screen as a picture."""
         self._grab(0, 0, SCREEN_WIDTH, SCREEN_HEIGHT, "-y", str(path))
@@ -99,18 +100,13 @@ class VirtualDesktop(contextlib.ExitStack):
         runtime = self.root / "run"
         for folder in (self.home, self.temporary, runtime):
             folder.mkdir(mode=0o700)
-        data = self.home / ".local" / "share"
-        services = data / "dbus-1" / "services"
-        services.mkdir(parents=True)
-        (services / "org.freedesktop.FileManager1.service").write_text(FILE_MANAGER_SERVICE)
-
         self.environment = {
             "PATH": "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin",
             "HOME": str(self.home),
             "LANG": self._language,
             "TMPDIR": str(self.temporary),
             "XDG_RUNTIME_DIR": str(runtime),
-            "XDG_DATA_HOME": str(data),
+            "XDG_DATA_HOME": str(self.home / ".local" / "share"),
             "XDG_CONFIG_HOME": str(self.home / ".config"),
             "XDG_CACHE_HOME": str(self.home / ".cache"),
             "QT_QPA_PLATFORM": "xcb",
@@ -157,6 +153,15 @@ class VirtualDesktop(contextlib.ExitStack):
             "--load", "module-native-protocol-unix auth-anonymous=1 auth-cookie-enabled=0",
             "--load", "module-null-sink sink_name=speakers norewinds=1",
         )  # fmt: skip
+
+    def _manages_files(self):
+        # Its name appears on the bus a little before what it answers to.
+        query = subprocess.run(
+            ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.FileManager1",
+             "/org/freedesktop/FileManager1", "org.freedesktop.DBus.Introspectable.Introspect"],
+            env=self.environment, capture_output=True,
+        )  # fmt: skip
+        return b"ShowItems" in query.stdout
 
     def _managed(self):
         properties = self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK")
