@@ -33,12 +33,12 @@ StatusArea::StatusArea(QWidget* parent) : QStackedWidget(parent) {
 }
 
 void StatusArea::showProgress(const QString& text) {
-  progress_->show(text);
+  progress_->showText(text);
   setCurrentIndex(0);
 }
 
 void StatusArea::showStatus(const QString& text) {
-  status_->show(text);
+  status_->showText(text);
   status_->setToolTip(plainToolTip(text));
   setCurrentIndex(1);
 }

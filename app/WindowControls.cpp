@@ -13,10 +13,10 @@ WindowControl::WindowControl(Symbol symbol, const QString& name, QWidget* parent
     : QAbstractButton(parent) {
   setAttribute(Qt::WA_Hover);
   setFocusPolicy(Qt::TabFocus);
-  show(symbol, name);
+  setFace(symbol, name);
 }
 
-void WindowControl::show(Symbol symbol, const QString& name) {
+void WindowControl::setFace(Symbol symbol, const QString& name) {
   symbol_ = symbol;
   setAccessibleName(name);
   setToolTip(name);
@@ -63,9 +63,9 @@ WindowControls::WindowControls(QWidget* parent) : QWidget(parent) {
 
 void WindowControls::setMaximised(bool maximised) {
   if (maximised) {
-    maximise_->show(Symbol::windowRestore, tr("Restaurar"));
+    maximise_->setFace(Symbol::windowRestore, tr("Restaurar"));
   } else {
-    maximise_->show(Symbol::windowMaximise, tr("Maximizar"));
+    maximise_->setFace(Symbol::windowMaximise, tr("Maximizar"));
   }
 }
 

@@ -13,7 +13,7 @@ class WindowControl : public QAbstractButton {
  public:
   WindowControl(Symbol symbol, const QString& name, QWidget* parent);
 
-  void show(Symbol symbol, const QString& name);
+  void setFace(Symbol symbol, const QString& name);
   QSize sizeHint() const override { return {20, 20}; }
 
  protected:

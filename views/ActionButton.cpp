@@ -57,7 +57,7 @@ ActionButton::ActionButton(Prominence prominence, Size size, const QString& titl
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
-void ActionButton::show(const QString& title, std::optional<Symbol> symbol) {
+void ActionButton::setFace(const QString& title, std::optional<Symbol> symbol) {
   if (title == text() && symbol == symbol_) return;
   symbol_ = symbol;
   setText(title);

@@ -19,7 +19,7 @@ class ActionButton : public QPushButton {
   ActionButton(Prominence prominence, Size size, const QString& title, QWidget* parent = nullptr);
 
   /// The face: a title with a symbol before it. Nothing happens where it is shown already.
-  void show(const QString& title, std::optional<Symbol> symbol);
+  void setFace(const QString& title, std::optional<Symbol> symbol);
 
   std::optional<Symbol> symbol() const { return symbol_; }
 

@@ -11,8 +11,8 @@ namespace quibel {
 /// view's left or top edge falls into; at a fractional scale the edge may lie
 /// inside it.
 struct DeviceGrid {
-  double scale = 1;  ///< device pixels a point
-  QPointF fraction;  ///< the view's origin within pixel 0, 0 … 1
+  double scale = 1;       ///< device pixels a point
+  QPointF fraction = {};  ///< the view's origin within pixel 0, 0 … 1
 
   /// The grid that the painter's origin and scale fall on. The painter is not rotated.
   static DeviceGrid of(const QPainter& painter);

@@ -25,6 +25,6 @@ void ReadOut::setNote(const QString& note) {
   layout()->setAlignment(layout()->itemAt(layout()->count() - 1)->widget(), Qt::AlignHCenter);
 }
 
-void ReadOut::show(double seconds) { time_->show(displayText(format(seconds))); }
+void ReadOut::showTime(double seconds) { time_->showText(displayText(format(seconds))); }
 
 }  // namespace quibel

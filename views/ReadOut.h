@@ -17,7 +17,7 @@ class ReadOut : public QWidget {
   void setNote(const QString& note);
 
   /// Shows a time in seconds.
-  void show(double seconds);
+  void showTime(double seconds);
 
  private:
   TextLabel* time_;

@@ -1,11 +1,12 @@
 #include "views/StripPainter.h"
 
-#include <QPainterPathStroker>
 #include <algorithm>
 #include <array>
 #include <cmath>
 
+#include "views/EnvelopeImage.h"
 #include "views/Symbols.h"
+#include "views/Tint.h"
 
 namespace quibel {
 namespace {
@@ -108,32 +109,9 @@ void StripPainter::setSamples(const std::vector<double>& samples) {
 
 void StripPainter::strokeEnvelope() {
   const auto& [size, grid, colors] = key_;
-  const auto bounds = grid.snapped(QRectF(QPointF(), size));
-  accentEnvelope_ = greyEnvelope_ = {};
+  accentEnvelope_ = strokedEnvelope(samples_, size, grid, colors.accent);
+  greyEnvelope_ = tinted(accentEnvelope_, withOpacity(colors.secondary, 0.4));
   stroked_ = true;
-  if (samples_.empty() || bounds.isEmpty()) return;
-
-  QPainterPathStroker stroker;
-  stroker.setWidth(envelopeLineWidth(samples_.size(), size.width()));
-  stroker.setCapStyle(Qt::RoundCap);
-  stroker.setJoinStyle(Qt::MiterJoin);
-  auto outline = stroker.createStroke(envelopePath(samples_, size));
-  outline.setFillRule(Qt::WindingFill);
-
-  accentEnvelope_ =
-      QImage(bounds.right() + 1, bounds.bottom() + 1, QImage::Format_ARGB32_Premultiplied);
-  accentEnvelope_.fill(Qt::transparent);
-  QPainter painter(&accentEnvelope_);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.translate(grid.fraction);
-  painter.scale(grid.scale, grid.scale);
-  painter.fillPath(outline, colors.accent);
-  painter.end();
-
-  greyEnvelope_ = accentEnvelope_;
-  QPainter grey(&greyEnvelope_);
-  grey.setCompositionMode(QPainter::CompositionMode_SourceIn);
-  grey.fillRect(greyEnvelope_.rect(), withOpacity(colors.secondary, 0.4));
 }
 
 QImage StripPainter::composed(const QRect& pixels, const StripState& state) const {
@@ -172,12 +150,12 @@ QImage StripPainter::composed(const QRect& pixels, const StripState& state) cons
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
   }
 
-  // The outline lies inside the border, so that it is a whole line of pixels.
+  // The outline lies inside the border, so that it is a whole line of pixels. A
+  // filled ring, because thin strokes depend on where they are clipped.
   const int line = grid.snappedLength(1);
-  const double inset = line / 2.0;
-  painter.strokePath(
-      roundedRect(QRectF(layers.bounds).adjusted(inset, inset, -inset, -inset), radius - inset),
-      QPen(withOpacity(colors.secondary, 0.2), line));
+  auto ring = roundedRect(layers.bounds, radius);
+  ring.addPath(roundedRect(layers.bounds.adjusted(line, line, -line, -line), radius - line));
+  painter.fillPath(ring, withOpacity(colors.secondary, 0.2));
   return image;
 }
 

@@ -5,6 +5,8 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+#include "views/Tint.h"
+
 namespace quibel {
 namespace {
 
@@ -39,18 +41,14 @@ QPixmap drawn(Symbol symbol, QSize pixels, const QColor& color, double degrees) 
   image.fill(Qt::transparent);
   QPainter painter(&image);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.save();
   const QPointF centre(pixels.width() / 2.0, pixels.height() / 2.0);
   painter.translate(centre);
   painter.rotate(degrees);
   painter.translate(-centre);
   QSvgRenderer(QStringLiteral(":/symbols/%1.svg").arg(fileName(symbol)))
       .render(&painter, QRectF(QPointF(), pixels));
-  painter.restore();
-  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-  painter.fillRect(image.rect(), color);
   painter.end();
-  return QPixmap::fromImage(image);
+  return QPixmap::fromImage(tinted(std::move(image), color));
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ TextLabel::TextLabel(TextStyle style, Role role, Feature feature, const QString&
   setText(text);
 }
 
-void TextLabel::show(const QString& text) {
+void TextLabel::showText(const QString& text) {
   if (text != this->text()) setText(text);
 }
 

@@ -23,7 +23,7 @@ class TextLabel : public QLabel {
                      const QString& text = {}, QWidget* parent = nullptr);
 
   /// Shows `text`; nothing happens where it is shown already.
-  void show(const QString& text);
+  void showText(const QString& text);
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;

@@ -51,13 +51,13 @@ void WaveformSelectionView::refresh(const std::vector<double>& samples, double d
   state.start = start_.get();
   state.end = end_.get();
   state.playhead = playhead;
-  show(state);
+  display(state);
   placeHandles();
   startHandle_->announceValue();
   endHandle_->announceValue();
 }
 
-void WaveformSelectionView::show(const StripState& state) {
+void WaveformSelectionView::display(const StripState& state) {
   update(painter_.changed(shown_, state, size()));
   shown_ = state;
 }
@@ -66,7 +66,7 @@ void WaveformSelectionView::showFocus() {
   auto state = shown_;
   state.startFocused = startHandle_->isKeyboardFocused();
   state.endFocused = endHandle_->isKeyboardFocused();
-  show(state);
+  display(state);
 }
 
 void WaveformSelectionView::placeHandles() {

@@ -35,7 +35,7 @@ class WaveformSelectionView : public QWidget {
 
  private:
   void placeHandles();
-  void show(const StripState& state);
+  void display(const StripState& state);
   void showFocus();
 
   Binding<double> start_;

@@ -72,7 +72,7 @@ QWidget* WorkspaceScreen::makeButtons() {
   auto* const layout = makeRow(row, defaultSpacing);
   loop_ = new ActionButton(ActionButton::Prominence::standard, ActionButton::Size::large, {});
   export_ = new ActionButton(ActionButton::Prominence::prominent, ActionButton::Size::large, {});
-  export_->show(tr("Crear tono .m4r…"), Symbol::squareAndArrowDown);
+  export_->setFace(tr("Crear tono .m4r…"), Symbol::squareAndArrowDown);
   connect(loop_, &QAbstractButton::clicked, this, [this] { editor_->togglePreview(); });
   connect(export_, &QAbstractButton::clicked, this, [this] { editor_->export_(); });
   layout->addWidget(loop_);
@@ -84,17 +84,17 @@ QWidget* WorkspaceScreen::makeButtons() {
 void WorkspaceScreen::refresh() {
   const auto& url = editor_->audioURL();
   const auto name = url ? displayFileName(url->lastPathComponent()) : QString();
-  fileName_->show(name);
+  fileName_->showText(name);
   fileName_->setToolTip(plainToolTip(name));
-  length_->show(displayText(format(editor_->duration())));
+  length_->showText(displayText(format(editor_->duration())));
   waveform_->refresh(editor_->samples(), editor_->duration(), editor_->playhead());
-  start_->show(editor_->start());
-  duration_->show(editor_->end() - editor_->start());
-  end_->show(editor_->end());
+  start_->showTime(editor_->start());
+  duration_->showTime(editor_->end() - editor_->start());
+  end_->showTime(editor_->end());
   if (editor_->isPlaying()) {
-    loop_->show(tr("Detener"), Symbol::stopFill);
+    loop_->setFace(tr("Detener"), Symbol::stopFill);
   } else {
-    loop_->show(tr("Escuchar en bucle"), Symbol::repeat);
+    loop_->setFace(tr("Escuchar en bucle"), Symbol::repeat);
   }
   export_->setEnabled(!editor_->isBusy());
 }

@@ -1,0 +1,292 @@
+#include <QAccessible>
+#include <QPaintEvent>
+
+#include "tests/views/EditorFixture.h"
+#include "views/HandleView.h"
+#include "views/WaveformSelectionView.h"
+
+namespace quibel {
+namespace {
+
+/// A strip 720 points wide on a song, so that 4 points are a second of a song
+/// of three minutes. Every change of the model refreshes it at once.
+class SelectionView : public EditorFixture {
+ protected:
+  void SetUp() override {
+    view.resize(720, 220);
+    view.show();
+  }
+
+  void show(double songSeconds) {
+    load(songSeconds);
+    refresh();
+  }
+
+  void refresh() { view.refresh(model->samples(), model->duration(), model->playhead()); }
+
+  void select(double start, double end) {
+    model->startBinding().set(start);
+    model->endBinding().set(end);
+    refresh();
+  }
+
+  /// Presses at x, wherever that lands, and refreshes.
+  void press(double x, Qt::MouseButton button = Qt::LeftButton) {
+    target = view.childAt(QPoint(static_cast<int>(x), 100));
+    pressed = button;
+    send(QEvent::MouseButtonPress, x, button);
+  }
+  void drag(double x) { send(QEvent::MouseMove, x, Qt::NoButton); }
+  void release(double x) {
+    pressed = Qt::NoButton;
+    send(QEvent::MouseButtonRelease, x, Qt::LeftButton);
+  }
+
+  void send(QEvent::Type type, double x, Qt::MouseButton button) {
+    if (!target) return;
+    const QPointF inStrip(x, 100);
+    QMouseEvent event(type, target->mapFrom(&view, inStrip), view.mapToGlobal(inStrip), button,
+                      pressed, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &event);
+    refresh();
+  }
+
+  HandleView* handleAt(int x) { return qobject_cast<HandleView*>(view.childAt(x, 100)); }
+
+  WaveformSelectionView view{model->startBinding(), model->endBinding()};
+  QWidget* target = nullptr;
+  Qt::MouseButtons pressed = Qt::NoButton;
+};
+
+TEST_F(SelectionView, AHandleFollowsTheDragFromTheFirstPress) {
+  show(180);
+  press(165);  // the end handle stands at 160
+  EXPECT_DOUBLE_EQ(model->end(), 41.25);
+  drag(200);
+  EXPECT_DOUBLE_EQ(model->end(), 50);
+  drag(204);
+  EXPECT_DOUBLE_EQ(model->end(), 51);
+  release(400);
+  EXPECT_DOUBLE_EQ(model->end(), 51);
+}
+
+TEST_F(SelectionView, OnlyTheLeftButtonDrags) {
+  show(180);
+  press(160, Qt::RightButton);
+  drag(300);
+  EXPECT_EQ(model->end(), 40);
+}
+
+TEST_F(SelectionView, WithoutADurationADragOfTheStartWritesTheEndsGapOrZero) {
+  view.startHandle().moveTo(50);
+  EXPECT_EQ(model->start(), -0.5);
+}
+
+TEST_F(SelectionView, WithoutADurationADragWritesTheGapBoundsWhereverThePointerIs) {
+  refresh();
+  press(5);  // both handles at 0, the end above
+  drag(500);
+  EXPECT_EQ(model->end(), 0.5);
+  select(0, 3);
+  view.startHandle().moveTo(10);
+  EXPECT_EQ(model->start(), 0);
+  view.endHandle().moveTo(10);
+  EXPECT_EQ(model->end(), 0.5);
+}
+
+TEST_F(SelectionView, WithoutADurationBothHandlesSitAtTheLeftEdge) {
+  refresh();
+  EXPECT_EQ(view.startHandle().x(), -14);
+  EXPECT_EQ(view.endHandle().x(), -14);
+}
+
+TEST_F(SelectionView, ASongShorterThanTheGapIsWrittenAsComputed) {
+  show(0.3);
+  view.startHandle().moveTo(0.2);
+  EXPECT_DOUBLE_EQ(model->start(), 0.3 - 0.5);
+  select(0.1, 0.3);
+  view.endHandle().moveTo(0.2);
+  EXPECT_DOUBLE_EQ(model->end(), 0.6);
+}
+
+TEST_F(SelectionView, DraggingPastTheEdgesGivesTheSongsBounds) {
+  show(180);
+  press(160);
+  drag(5000);
+  EXPECT_EQ(model->end(), 180);
+  release(5000);
+  select(20, 60);
+  press(80);
+  drag(-3000);
+  EXPECT_EQ(model->start(), 0);
+}
+
+TEST_F(SelectionView, DraggingOntoTheOtherHandleStopsHalfASecondBeforeIt) {
+  show(180);
+  select(20, 60);
+  press(80);
+  drag(700);
+  EXPECT_EQ(model->start(), 59.5);
+  release(700);
+  select(20, 60);
+  press(240);
+  drag(0);
+  EXPECT_EQ(model->end(), 20.5);
+}
+
+TEST_F(SelectionView, APressAnywhereOnTheStripOfAHandleGrabsIt) {
+  show(180);
+  select(50, 150);  // at 200 and 600
+  EXPECT_EQ(handleAt(200 - 14), &view.startHandle());
+  EXPECT_EQ(handleAt(200 + 13), &view.startHandle());
+  EXPECT_EQ(handleAt(200 - 15), nullptr);
+  EXPECT_EQ(handleAt(200 + 14), nullptr);
+  EXPECT_EQ(handleAt(600 - 14), &view.endHandle());
+  EXPECT_EQ(handleAt(600 + 13), &view.endHandle());
+  EXPECT_EQ(view.startHandle().height(), 220);
+}
+
+TEST_F(SelectionView, AtTheViewsEdgesHalfOfAHandlesStripIsCutOff) {
+  show(30);  // the fragment is the whole song
+  EXPECT_EQ(view.startHandle().geometry(), QRect(-14, 0, 28, 220));
+  EXPECT_EQ(view.endHandle().geometry(), QRect(720 - 14, 0, 28, 220));
+  EXPECT_EQ(handleAt(13), &view.startHandle());
+  EXPECT_EQ(handleAt(719), &view.endHandle());
+}
+
+TEST_F(SelectionView, TheFragmentMayBeDraggedBeyondFortySeconds) {
+  show(180);
+  press(160);
+  drag(400);
+  EXPECT_EQ(model->start(), 0);
+  EXPECT_EQ(model->end(), 100);
+}
+
+TEST_F(SelectionView, WhereTheStripsOverlapAPressGrabsTheEndHandle) {
+  show(180);
+  select(50, 54);  // at 200 and 216
+  EXPECT_EQ(handleAt(205), &view.endHandle());
+  EXPECT_EQ(handleAt(213), &view.endHandle());
+  EXPECT_EQ(handleAt(201), &view.startHandle());
+}
+
+TEST_F(SelectionView, WithTheHandlesTogetherOnlyASliverGrabsTheStart) {
+  show(3600);  // half a second is a tenth of a point
+  select(1000, 1000.5);
+  const int x = view.endHandle().x();
+  EXPECT_EQ(handleAt(x), &view.endHandle());
+  EXPECT_LE(x - view.startHandle().x(), 1);
+}
+
+TEST_F(SelectionView, MovingTheStartDoesNotMoveTheEnd) {
+  show(180);
+  press(0);
+  drag(100);
+  EXPECT_EQ(model->start(), 25);
+  EXPECT_EQ(model->end(), 40);
+}
+
+TEST_F(SelectionView, TheWidthOfTheMomentCounts) {
+  show(180);
+  view.resize(1440, 220);
+  EXPECT_EQ(view.endHandle().x(), 320 - 14);
+  press(320);
+  drag(800);
+  EXPECT_EQ(model->end(), 100);
+}
+
+TEST_F(SelectionView, ThePointersShapeSaysThatAHandleMovesSideways) {
+  EXPECT_EQ(view.startHandle().cursor().shape(), Qt::SizeHorCursor);
+  EXPECT_EQ(view.endHandle().cursor().shape(), Qt::SizeHorCursor);
+}
+
+struct Key {
+  Qt::Key key;
+  Qt::KeyboardModifiers modifiers;
+  double end;
+};
+
+TEST_F(SelectionView, TheKeysMoveAHandleByTheRulesOfADrag) {
+  show(180);
+  for (const auto& [key, modifiers, end] : std::vector<Key>{{Qt::Key_Right, {}, 40.1},
+                                                            {Qt::Key_Left, {}, 39.9},
+                                                            {Qt::Key_Up, {}, 40.1},
+                                                            {Qt::Key_Down, {}, 39.9},
+                                                            {Qt::Key_Right, Qt::ShiftModifier, 41},
+                                                            {Qt::Key_Left, Qt::ShiftModifier, 39},
+                                                            {Qt::Key_PageUp, {}, 45},
+                                                            {Qt::Key_PageDown, {}, 35},
+                                                            {Qt::Key_Home, {}, 20.5},
+                                                            {Qt::Key_End, {}, 180},
+                                                            {Qt::Key_Left, Qt::AltModifier, 40},
+                                                            {Qt::Key_A, {}, 40}}) {
+    select(20, 40);
+    QTest::keyClick(&view.endHandle(), key, modifiers);
+    EXPECT_DOUBLE_EQ(model->end(), end) << key;
+  }
+  select(20, 40);
+  QTest::keyClick(&view.startHandle(), Qt::Key_End);
+  EXPECT_EQ(model->start(), 39.5);
+  QTest::keyClick(&view.startHandle(), Qt::Key_Home);
+  EXPECT_EQ(model->start(), 0);
+}
+
+TEST_F(SelectionView, EachHandleIsASliderForAssistiveTechnology) {
+  show(180);
+  select(20, 60);
+  auto* const start = QAccessible::queryAccessibleInterface(&view.startHandle());
+  ASSERT_TRUE(start && start->valueInterface());
+  EXPECT_EQ(start->role(), QAccessible::Slider);
+  EXPECT_EQ(start->text(QAccessible::Name).toStdString(), "Inicio del fragmento");
+  EXPECT_EQ(start->text(QAccessible::Value).toStdString(), "20,0 segundos");
+  EXPECT_EQ(start->valueInterface()->currentValue().toDouble(), 20);
+  EXPECT_EQ(start->valueInterface()->minimumValue().toDouble(), 0);
+  EXPECT_EQ(start->valueInterface()->maximumValue().toDouble(), 59.5);
+
+  auto* const end = QAccessible::queryAccessibleInterface(&view.endHandle());
+  ASSERT_TRUE(end && end->valueInterface());
+  EXPECT_EQ(end->text(QAccessible::Name).toStdString(), "Final del fragmento");
+  EXPECT_EQ(end->valueInterface()->minimumValue().toDouble(), 20.5);
+  EXPECT_EQ(end->valueInterface()->maximumValue().toDouble(), 180);
+  end->valueInterface()->setCurrentValue(0);
+  EXPECT_EQ(model->end(), 20.5);
+}
+
+TEST_F(SelectionView, OnlyTheKeyboardsFocusIsShown) {
+  view.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+  view.startHandle().setFocus(Qt::MouseFocusReason);
+  EXPECT_FALSE(view.startHandle().isKeyboardFocused());
+  view.endHandle().setFocus(Qt::TabFocusReason);
+  view.startHandle().setFocus(Qt::TabFocusReason);
+  EXPECT_TRUE(view.startHandle().isKeyboardFocused());
+  EXPECT_FALSE(view.endHandle().isKeyboardFocused());
+}
+
+/// Counts the areas that are painted again.
+class PaintCount : public QObject {
+ public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+    return false;
+  }
+  QRegion region;
+};
+
+TEST_F(SelectionView, ARefreshWithoutAChangePaintsNothing) {
+  show(180);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+  turn();
+  PaintCount paints;
+  view.installEventFilter(&paints);
+  refresh();
+  turn();
+  EXPECT_TRUE(paints.region.isEmpty());
+  select(20, 40);
+  turn();
+  EXPECT_FALSE(paints.region.isEmpty());
+  EXPECT_LT(paints.region.boundingRect().width(), 720 / 2);
+}
+
+}  // namespace
+}  // namespace quibel
