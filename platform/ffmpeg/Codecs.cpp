@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <span>
 #include <string_view>
 #include <utility>
+
+#include "platform/ffmpeg/MpegFrames.h"
 
 namespace quibel::ffmpeg {
 
@@ -149,6 +152,7 @@ std::optional<std::int64_t> PacketDuration::operator()(const AVPacket& packet) {
   if (parameters_->codec_id == AV_CODEC_ID_VORBIS) return vorbisFrames(packet);
   if (parameters_->codec_id == AV_CODEC_ID_OPUS) return opusPacketFrames(packet.data, packet.size);
   if (flacParser_) return flacFrames(packet);
+  if (parameters_->codec_id == AV_CODEC_ID_MP3) return mpegFrames(packet);
   if (timesAreExact_ && packet.duration > 0) {
     return av_rescale_q(packet.duration, timeBase_, {1, parameters_->sample_rate});
   }
@@ -164,6 +168,22 @@ std::optional<std::int64_t> PacketDuration::vorbisFrames(const AVPacket& packet)
   // The first packet gives its second half to the next one, and no sound yet.
   if (!std::exchange(anyVorbis_, true)) return 0;
   return frames;
+}
+
+// Where frames' headers were lost, a packet holds all that lay between two that
+// were not: as many frames as would fill it.
+std::optional<std::int64_t> PacketDuration::mpegFrames(const AVPacket& packet) {
+  const auto header =
+      parseMpegHeader(std::span(packet.data, static_cast<std::size_t>(packet.size)));
+  if (header && header->size == packet.size) {
+    mpegPacketSize_ = packet.size;
+    return header->frames;
+  }
+  const int frames = header ? header->frames : parameters_->frame_size;
+  if (frames <= 0) return std::nullopt;
+  if (mpegPacketSize_ == 0) return frames;
+  const std::int64_t packets = (packet.size + mpegPacketSize_ / 2) / mpegPacketSize_;
+  return std::max<std::int64_t>(1, packets) * frames;
 }
 
 std::optional<std::int64_t> PacketDuration::flacFrames(const AVPacket& packet) {

@@ -51,6 +51,7 @@ class PacketDuration {
  private:
   std::optional<std::int64_t> vorbisFrames(const AVPacket& packet);
   std::optional<std::int64_t> flacFrames(const AVPacket& packet);
+  std::optional<std::int64_t> mpegFrames(const AVPacket& packet);
 
   struct FreeVorbisParser {
     void operator()(AVVorbisParseContext* parser) const { av_vorbis_parse_free(&parser); }
@@ -64,6 +65,7 @@ class PacketDuration {
   bool timesAreExact_;
   std::unique_ptr<AVVorbisParseContext, FreeVorbisParser> vorbis_;
   bool anyVorbis_ = false;
+  int mpegPacketSize_ = 0;  ///< of the last undamaged packet
   std::unique_ptr<AVCodecParserContext, FreeParser> flacParser_;
   CodecPointer flacContext_;
 };

@@ -64,7 +64,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   const FrameSource::Plan opened = plan;
   plan.outputRate = frame.sample_rate;
   plan.channels = frame.ch_layout.nb_channels;
-  const auto extent = measure(input, plan, paddingOf(frame).skip);
+  const auto extent = measure(input, *source, plan);
   if (!extent) return std::unexpected(extent.error());
   plan.clock = extent->clock;
   if (plan != opened) {

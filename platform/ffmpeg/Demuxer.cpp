@@ -1,10 +1,13 @@
 #include "platform/ffmpeg/Demuxer.h"
 
 #include <mutex>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/Formats.h"
+#include "platform/ffmpeg/MpegFrames.h"
 
 namespace quibel::ffmpeg {
 
@@ -93,6 +96,12 @@ platform::Result<std::unique_ptr<Demuxer>> Demuxer::open(const std::shared_ptr<I
     if (static_cast<int>(i) != chosen) format->streams[i]->discard = AVDISCARD_ALL;
   }
   demuxer->stream_ = format->streams[chosen];
+  // Of a raw stream that changes its rate, FFmpeg takes the last one it looked at.
+  if (std::string_view(kind->name) == "mp3") {
+    if (const auto header = readFirstMpegHeader(*input)) {
+      demuxer->stream_->codecpar->sample_rate = header->sampleRate;
+    }
+  }
   return demuxer;
 }
 

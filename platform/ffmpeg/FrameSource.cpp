@@ -1,5 +1,6 @@
 #include "platform/ffmpeg/FrameSource.h"
 
+#include <algorithm>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -71,7 +72,7 @@ FrameSource::Fed FrameSource::feed() {
     pendingPosition_ = clock_.position(*packet_);
   }
   packetIsPending_ = false;
-  anyPacket_ = true;
+  if (!firstPacketPosition_) firstPacketPosition_ = std::max<std::int64_t>(packet_->pos, 0);
   packet_->pts = pendingPosition_.value_or(AV_NOPTS_VALUE);
   packet_->dts = packet_->pts;
   const bool isDecoded = decoder_.send(*packet_);

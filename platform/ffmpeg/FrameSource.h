@@ -69,7 +69,10 @@ class FrameSource {
   std::int64_t position() const { return position_; }
 
   /// Whether any packet has been read since the beginning.
-  bool anyPacket() const { return anyPacket_; }
+  bool anyPacket() const { return firstPacketPosition_.has_value(); }
+
+  /// Where the first packet lies in the file, in bytes; 0 where that is unknown.
+  std::int64_t firstPacketPosition() const { return firstPacketPosition_.value_or(0); }
 
   /// Moves so that decoding from there on delivers exact samples from the coded
   /// position `target` on. What next() then delivers may begin before it. False
@@ -102,7 +105,7 @@ class FrameSource {
   bool isConverting_ = false;
   bool packetIsPending_ = false;  ///< packet_ was read, and not yet sent
   std::optional<std::int64_t> pendingPosition_;
-  bool anyPacket_ = false;
+  std::optional<std::int64_t> firstPacketPosition_;
   bool ended_ = false;
   std::int64_t position_ = 0;
   std::int64_t next_ = 0;  ///< where the next frame begins unless it says otherwise

@@ -9,12 +9,14 @@
 
 namespace quibel::ffmpeg {
 
-/// Finds out which part of a file's stream is the song, exactly: the packets
-/// are counted, and decoded only where nothing else tells their length. What
-/// was found is remembered for the last few files. The plan's clock is the one that
-/// the container suggests; the extent says which one is to be used.
-/// `decoderSkip` is what the decoder itself wants dropped at the beginning.
-platform::Result<Extent> measure(const std::shared_ptr<Input>& input,
-                                 const FrameSource::Plan& plan, std::int64_t decoderSkip);
+/// Finds out which part of a file's stream is the song, exactly. Where an index
+/// or the file's ends tell, they are asked; else the packets are counted, and
+/// decoded only where nothing else tells their length. What was found is
+/// remembered for the last few files.
+///
+/// `opened` has delivered its first frame. The plan's clock is the one that the
+/// container suggests; the extent says which one is to be used.
+platform::Result<Extent> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
+                                 const FrameSource::Plan& plan);
 
 }  // namespace quibel::ffmpeg
