@@ -1,5 +1,9 @@
 """The mouse and the keyboard, as the X server sees them."""
 
+import itertools
+
+from waiting import wait_until
+
 
 class Pointer:
     """Moves and presses through xdotool. Positions are pixels of the screen."""
@@ -19,6 +23,20 @@ class Pointer:
     def click(self, x, y):
         self.move(x, y)
         self._do("click", "1")
+
+    def drag(self, start, end, arrived):
+        """Drags from one place (x, y) to the other, trembling there as a hand does
+        until arrived(); then lets go."""
+        self.move(*start)
+        self.press()
+        tremble = itertools.cycle((0, 1))
+
+        def arrives():
+            self.move(end[0] + next(tremble), end[1])
+            return arrived()
+
+        wait_until(arrives, f"the drag to arrive at {end}")
+        self.release()
 
     def type(self, *keys):
         """Presses keys by their X names, one after the other, such as "Return"."""

@@ -182,12 +182,22 @@ class Quibel:
             return previous if before == previous and _same_size(previous, window.box) else None
 
         there = wait_until(still, f"the window of {element.name!r} to be active")
+        # Where a program believes its window to be, its frame is counted in.
+        left, _, top, _ = self._frame(self._active())
         x, y = element.box.centre
-        return there.x + x - window.box.x, there.y + y - window.box.y
+        return there.x + x - window.box.x - left, there.y + y - window.box.y - top
+
+    def _active(self):
+        return self.desktop.run("xdotool", "getactivewindow").decode().strip()
+
+    def _frame(self, window_id):
+        """What the window manager drew around a window: left, right, top, bottom."""
+        extents = self.desktop.run("xprop", "-id", window_id, "-notype", "_NET_FRAME_EXTENTS")
+        return map(int, extents.decode().split("=")[1].split(","))
 
     def _active_box(self):
         try:
-            return self._box_of(self.desktop.run("xdotool", "getactivewindow").decode().strip())
+            return self._box_of(self._active())
         except subprocess.CalledProcessError:  # while none is active
             return None
 

@@ -50,7 +50,7 @@ class Road:
 
     def _choose_fragment(self):
         x, _, width, _ = self.quibel.box
-        self.quibel.drag_handle(END_HANDLE, x + width * 0.7)
+        self.quibel.drag_handle(END_HANDLE, x + width * 0.65)
         self.quibel.drag_handle(START_HANDLE, x + width * 0.6)
         wait_until(lambda: self.quibel.fragment()[0] > 0, "the handles to move")
         self.picture("fragment")

@@ -1,5 +1,3 @@
-import itertools
-
 import songs
 from scenario import Scenario
 from waiting import wait_until
@@ -14,26 +12,16 @@ class Window(Scenario):
         self.assertIn("= 0, 0, 0, 0", self.properties("_NET_FRAME_EXTENTS"))
 
     def test_cannot_be_made_smaller_than_its_content(self):
-        _, _, width, height = self.quibel.box
-        self.drag_corner(100, 100)
-        wait_until(lambda: self.quibel.box[2:] == (width + 100, height + 100), self.size)
-        self.drag_corner(-500, -500)
-        wait_until(lambda: self.quibel.box[2:] == (780, 580), self.size)
+        self.drag_corner(150, 100, lambda width, height: width > 900 and height > 650)
+        self.drag_corner(-500, -500, lambda width, height: (width, height) == (780, 580))
 
     def test_moves_when_its_empty_ground_is_dragged(self):
         x, y, width, height = self.quibel.box
-        pointer = self.quibel.pointer
-        pointer.move(x + width / 2, y + 60)
-        pointer.press()
-        steps = itertools.count(1)
-
-        def followed():
-            pointer.move(x + width / 2 - 4 * next(steps), y + 60)
-            return self.quibel.box[0] < x - 40
-
-        wait_until(followed, "the window to follow")
-        pointer.release()
-        self.assertEqual(self.quibel.box[1:], (y, width, height))
+        ground = (x + width / 2, y + 60)
+        self.quibel.pointer.drag(
+            ground, (ground[0] - 80, ground[1] - 50), lambda: self.quibel.box[:2] != (x, y)
+        )
+        self.assertEqual(self.quibel.box[2:], (width, height))
 
     def test_maximises_and_comes_back(self):
         before = self.quibel.box
@@ -60,15 +48,13 @@ class Window(Scenario):
         self.quibel.button("Detener")
         self.assertEqual(self.quibel.close(), 0, self.quibel.log)
 
-    def drag_corner(self, dx, dy):
-        """Drags the window's lower right corner."""
+    def drag_corner(self, dx, dy, arrived):
+        """Drags the window's lower right corner until arrived(width, height)."""
         x, y, width, height = self.quibel.box
-        pointer = self.quibel.pointer
-        pointer.move(x + width - 2, y + height - 2)
-        pointer.press()
-        pointer.move(x + width - 2 + dx / 2, y + height - 2 + dy / 2)
-        pointer.move(x + width - 2 + dx, y + height - 2 + dy)
-        pointer.release()
+        corner = (x + width - 2, y + height - 2)
+        self.quibel.pointer.drag(
+            corner, (corner[0] + dx, corner[1] + dy), lambda: arrived(*self.quibel.box[2:])
+        )
 
     def size(self):
         return f"another place or size than {self.quibel.box}"
