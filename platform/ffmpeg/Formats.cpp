@@ -26,10 +26,8 @@ const char* const allowedCodecs =
 
 namespace {
 
-// Where there are several decoders. FFmpeg's own for Opus does not keep the
-// length of every packet, which libopus does; it need not be there.
+// Where FFmpeg's first choice is the decoder in integers.
 constexpr std::array preferredDecoders{
-    std::pair{AV_CODEC_ID_OPUS, "libopus"},
     std::pair{AV_CODEC_ID_MP1, "mp1float"},
     std::pair{AV_CODEC_ID_MP2, "mp2float"},
 };

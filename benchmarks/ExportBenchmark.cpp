@@ -1,0 +1,71 @@
+// Exporting 40 s of a song beside the ffmpeg command doing the same: AAC at the
+// same rate and bit rate into the same kind of container, from the same place.
+
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <stdexcept>
+
+#include "benchmarks/Measuring.h"
+#include "platform/ffmpeg/ExportSession.h"
+#include "tests/support/TestAudio.h"
+
+namespace quibel::benchmarks {
+namespace {
+
+constexpr int rounds = 5;
+constexpr double seconds = 40;
+
+void exportTone(const std::string& song, const std::string& to, double start) {
+  std::filesystem::remove(to);
+  const auto session = ffmpeg::makeExportSession(platform::FileURL(song));
+  if (!session) throw std::runtime_error("no session for " + song);
+  session->setOutputURL(platform::FileURL(to));
+  session->setOutputFileType(platform::FileType::appleM4A);
+  session->setTimeRange({platform::makeTime(start, 600), platform::makeTime(seconds, 600)});
+  std::promise<void> ended;
+  session->exportAsynchronously([&] { ended.set_value(); });
+  ended.get_future().wait();
+  if (session->error()) throw std::runtime_error(session->error()->localizedDescription());
+}
+
+void run() {
+  const test::TemporaryDirectory directory;
+  const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
+  std::printf("Making five minutes of stereo at 44.1 kHz …\n");
+  test::writeWav(file("song.wav"), test::song(44'100, 2, 300 * 44'100));
+  test::run({"flac", "-s", "-o", file("song.flac"), file("song.wav")});
+  test::run({"lame", "--quiet", file("song.wav"), file("song.mp3")});
+  test::run({"ffmpeg", "-v", "error", "-i", file("song.wav"), file("song.m4a")});
+  test::run({"oggenc", "-Q", "-o", file("song.ogg"), file("song.wav")});
+
+  std::printf("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
+  std::printf("%-10s %8s %10s %10s %10s\n", "file", "from s", "export", "ffmpeg", "ratio");
+  for (const std::string name : {"song.wav", "song.flac", "song.mp3", "song.m4a", "song.ogg"}) {
+    for (const double start : {0.0, 255.0}) {
+      const auto from = std::to_string(start);
+      const auto times = medians(
+          {[&] { return measure([&] { exportTone(file(name), file("tone.m4a"), start); }); },
+           [&] {
+             return measureProgram({"ffmpeg", "-v", "error", "-y", "-ss", from, "-t", "40", "-i",
+                                    file(name), "-c:a", "aac", "-aac_pns", "0", "-b:a", "256k",
+                                    "-f", "ipod", file("other.m4a")});
+           }},
+          rounds);
+      std::printf("%-10s %8.0f %10.1f %10.1f %10.2f\n", name.c_str(), start,
+                  times[0].processor * 1e3, times[1].processor * 1e3,
+                  times[0].processor / times[1].processor);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quibel::benchmarks
+
+int main() try {
+  quibel::benchmarks::run();
+  return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return EXIT_FAILURE;
+}

@@ -1,0 +1,139 @@
+// Loading a song of five minutes, as the editor does it, beside a bare decoding
+// loop on one thread over the same file, and beside the ffmpeg command. For WAV
+// the bare loop reads the bytes and takes their maximum.
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "benchmarks/Measuring.h"
+#include "model/Waveform.h"
+#include "platform/ffmpeg/AudioFile.h"
+#include "tests/support/TestAudio.h"
+
+namespace quibel::benchmarks {
+namespace {
+
+constexpr int rounds = 9;
+constexpr int buckets = 900;
+
+struct Song {
+  std::string name;
+  std::vector<std::string> command;
+};
+
+void load(const std::filesystem::path& file) {
+  // A file not met before: nothing is known of it.
+  std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now());
+  const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
+  if (!song) throw std::runtime_error(song.error().localizedDescription());
+  const auto envelope = waveform(**song, buckets);
+  if (!envelope || envelope->size() < buckets) throw std::runtime_error("no envelope");
+}
+
+// As short as a decoding loop can be.
+void decode(const std::filesystem::path& file) {
+  AVFormatContext* format = nullptr;
+  if (avformat_open_input(&format, file.c_str(), nullptr, nullptr) < 0 ||
+      avformat_find_stream_info(format, nullptr) < 0) {
+    throw std::runtime_error("ffmpeg cannot open " + file.string());
+  }
+  const int stream = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+  AVCodecParameters* const parameters = format->streams[stream]->codecpar;
+  const AVCodec* const kind = avcodec_find_decoder(parameters->codec_id);
+  AVCodecContext* codec = avcodec_alloc_context3(kind);
+  avcodec_parameters_to_context(codec, parameters);
+  codec->thread_count = 1;
+  avcodec_open2(codec, kind, nullptr);
+  AVPacket* packet = av_packet_alloc();
+  AVFrame* frame = av_frame_alloc();
+  std::int64_t frames = 0;
+  while (av_read_frame(format, packet) >= 0) {
+    if (packet->stream_index == stream && avcodec_send_packet(codec, packet) >= 0) {
+      while (avcodec_receive_frame(codec, frame) >= 0) frames += frame->nb_samples;
+    }
+    av_packet_unref(packet);
+  }
+  avcodec_send_packet(codec, nullptr);
+  while (avcodec_receive_frame(codec, frame) >= 0) frames += frame->nb_samples;
+  av_frame_free(&frame);
+  av_packet_free(&packet);
+  avcodec_free_context(&codec);
+  avformat_close_input(&format);
+  if (frames == 0) throw std::runtime_error("nothing decoded");
+}
+
+void readMaximum(const std::filesystem::path& file) {
+  const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  static std::vector<std::int16_t> block(std::size_t{64} << 10);
+  int maximum = 0;
+  while (true) {
+    const ssize_t bytes = read(descriptor, block.data(), block.size() * sizeof(std::int16_t));
+    if (bytes <= 0) break;
+    const auto count = static_cast<std::size_t>(bytes) / sizeof(std::int16_t);
+    std::int16_t highest = 0;
+    for (std::size_t i = 0; i < count; ++i) highest = std::max(highest, block[i]);
+    maximum = std::max<int>(maximum, highest);
+  }
+  close(descriptor);
+  if (maximum == 0) throw std::runtime_error("nothing read");
+}
+
+void run() {
+  const test::TemporaryDirectory directory;
+  const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
+  std::printf("Making five minutes of stereo at 44.1 kHz …\n");
+  test::writeWav(file("song.wav"), test::song(44'100, 2, 300 * 44'100));
+  const std::vector<Song> songs{
+      {"song.wav", {}},
+      {"song.flac", {"flac", "-s", "-o", file("song.flac"), file("song.wav")}},
+      {"song.mp3", {"lame", "--quiet", file("song.wav"), file("song.mp3")}},
+      {"song.m4a", {"ffmpeg", "-v", "error", "-i", file("song.wav"), file("song.m4a")}},
+      {"song.ogg", {"oggenc", "-Q", "-o", file("song.ogg"), file("song.wav")}},
+  };
+  for (const Song& song : songs) {
+    if (!song.command.empty()) test::run(song.command);
+  }
+  av_log_set_level(AV_LOG_QUIET);
+
+  std::printf("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
+  std::printf("%-10s %8s %8s %8s | %8s %8s %8s | %14s\n", "file", "load", "bare", "ffmpeg",
+              "/ bare", "/ ffmpeg", "wall", "wall of bare");
+  for (const Song& song : songs) {
+    const std::filesystem::path path = file(song.name);
+    const bool isPCM = song.name == "song.wav";
+    const auto times = medians(
+        {[&] { return measure([&] { load(path); }); },
+         [&] { return measure([&] { isPCM ? readMaximum(path) : decode(path); }); },
+         [&] {
+           return measureProgram(
+               {"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
+         }},
+        rounds);
+    std::printf("%-10s %8.1f %8.1f %8.1f | %8.2f %8.2f %8.2f | %14.1f\n", song.name.c_str(),
+                times[0].processor * 1e3, times[1].processor * 1e3, times[2].processor * 1e3,
+                times[0].processor / times[1].processor, times[0].processor / times[2].processor,
+                times[0].wall / times[1].wall, times[1].wall * 1e3);
+  }
+}
+
+}  // namespace
+}  // namespace quibel::benchmarks
+
+int main() try {
+  quibel::benchmarks::run();
+  return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return EXIT_FAILURE;
+}

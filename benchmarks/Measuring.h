@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quibel::benchmarks {
+
+/// Seconds.
+struct Times {
+  double processor = 0;  ///< of this process, all threads, or of the child
+  double wall = 0;
+};
+
+/// Runs `work` once in this process.
+Times measure(const std::function<void()>& work);
+
+/// Runs a program once; throws where it fails.
+Times measureProgram(const std::vector<std::string>& command);
+
+/// Takes turns at several pieces of work, so that whatever else the machine does
+/// meets all of them, and returns the median of each one's times.
+std::vector<Times> medians(const std::vector<std::function<Times()>>& works, int rounds);
+
+}  // namespace quibel::benchmarks
