@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <chrono>
+
+namespace quibel::desktop {
+
+/// Runs the event loop until the condition holds; false if it does not within a
+/// minute, far beyond what any machine needs.
+template <class Condition>
+bool eventually(Condition holds) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!holds()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+  }
+  return true;
+}
+
+}  // namespace quibel::desktop

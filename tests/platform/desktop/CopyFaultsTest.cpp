@@ -1,0 +1,104 @@
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include "platform/desktop/LocalFileManager.h"
+#include "tests/platform/desktop/TemporaryFolder.h"
+
+// Stands in for the system calls of a copy, so that any one of them can fail.
+namespace {
+
+thread_local int callsUntilFailure = 0;  // 0: none fails
+thread_local int failure = 0;
+thread_local std::string_view failedCall;
+
+bool failsNow(const char* call) {
+  if (callsUntilFailure == 0 || --callsUntilFailure > 0) return false;
+  errno = failure;
+  failedCall = call;
+  return true;
+}
+
+template <class Function>
+Function* original(const char* name) {
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" ssize_t read(int fd, void* bytes, std::size_t count) {
+  static auto* const real = original<ssize_t(int, void*, std::size_t)>("read");
+  return failsNow("read") ? -1 : real(fd, bytes, count);
+}
+
+extern "C" ssize_t write(int fd, const void* bytes, std::size_t count) {
+  static auto* const real = original<ssize_t(int, const void*, std::size_t)>("write");
+  return failsNow("write") ? -1 : real(fd, bytes, count);
+}
+
+extern "C" int fsync(int fd) {
+  static auto* const real = original<int(int)>("fsync");
+  return failsNow("fsync") ? -1 : real(fd);
+}
+
+extern "C" int fstat(int fd, struct stat* status) noexcept {
+  static auto* const real = original<int(int, struct stat*)>("fstat");
+  return failsNow("fstat") ? -1 : real(fd, status);
+}
+
+extern "C" int close(int fd) {
+  static auto* const real = original<int(int)>("close");
+  const int result = real(fd);  // as on Linux, where the descriptor is gone in any case
+  return failsNow("close") ? -1 : result;
+}
+
+namespace quibel::desktop {
+namespace {
+
+/// Copies with the call of that number failing; whether any failed.
+bool copyFailingAt(int call, int error, const TemporaryFolder& folder,
+                   platform::Result<void>& result) {
+  failedCall = {};
+  failure = error;
+  callsUntilFailure = call;
+  result = LocalFileManager().copyItem(folder.url("from"), folder.url("to"));
+  callsUntilFailure = 0;
+  return !failedCall.empty();
+}
+
+TEST(CopyFaults, WhicheverCallFailsTheCopyFailsAndLeavesNothing) {
+  const TemporaryFolder folder;
+  folder.write("from", std::string(600'000, 'x'));
+  platform::Result<void> result;
+  int call = 1;
+  std::string calls;
+  for (; copyFailingAt(call, EIO, folder, result); ++call) {
+    calls += std::string(failedCall) + ' ';
+    // The copy is whole before the file that was only read is closed.
+    if (result) break;
+    EXPECT_EQ(result.error().localizedDescription(), "El disco ha fallado (Input/output error).");
+    EXPECT_FALSE(std::filesystem::exists(folder.url("to").path())) << calls;
+  }
+  EXPECT_EQ(calls, "fstat read write read write read write read fsync fstat close close ");
+  EXPECT_TRUE(result);
+}
+
+TEST(CopyFaults, AnInterruptedCallIsMadeAgain) {
+  const TemporaryFolder folder;
+  folder.write("from", std::string(600'000, 'x'));
+  platform::Result<void> result;
+  for (const int call : {2, 3, 4, 5}) {
+    ASSERT_TRUE(copyFailingAt(call, EINTR, folder, result));
+    EXPECT_TRUE(result) << failedCall;
+    EXPECT_EQ(std::filesystem::file_size(folder.url("to").path()), 600'000U);
+    std::filesystem::remove(folder.url("to").path());
+  }
+}
+
+}  // namespace
+}  // namespace quibel::desktop

@@ -1,0 +1,174 @@
+#include <QAbstractButton>
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
+#include <algorithm>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "platform/desktop/Panels.h"
+#include "tests/platform/desktop/TemporaryFolder.h"
+
+namespace quibel::desktop {
+namespace {
+
+using platform::ContentType;
+using platform::FileURL;
+
+/// Answers one dialog after the other, as each becomes the active one.
+class Person {
+ public:
+  using Answer = std::function<void(QDialog&)>;
+
+  explicit Person(std::vector<Answer> answers) : answers_(std::move(answers)) {
+    QObject::connect(&timer_, &QTimer::timeout, [this] { look(); });
+    timer_.start(1);
+  }
+  ~Person() { EXPECT_EQ(next_, answers_.size()) << "not every dialog came"; }
+  Person(const Person&) = delete;
+  Person& operator=(const Person&) = delete;
+
+ private:
+  void look() {
+    auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog == nullptr || !dialog->isVisible()) return;
+    if (std::ranges::find(answering_, dialog) != answering_.end()) return;
+    if (next_ == answers_.size()) {
+      ADD_FAILURE() << "an unexpected dialog";
+      return dialog->reject();
+    }
+    // Not from the timer itself, which stands still while it is answered: the
+    // next dialog may come before this one's answer returns.
+    answering_.push_back(dialog);
+    QTimer::singleShot(0, dialog, [this, dialog] {
+      answers_[next_++](*dialog);
+      std::erase(answering_, dialog);
+    });
+  }
+
+  QTimer timer_;
+  std::vector<Answer> answers_;
+  std::size_t next_ = 0;
+  std::vector<QDialog*> answering_;
+};
+
+void type(QDialog& dialog, const QString& name) {
+  dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(name);
+}
+
+struct PanelsTest : testing::Test {
+  TemporaryFolder folder;
+  const platform::OpenPanel open{"Selecciona una canción", {ContentType::audio()}, false};
+  const platform::SavePanel save{"Guardar tono para iPhone", "Mi canción.m4r", {{"m4r"}}};
+
+  /// Goes to the folder and accepts that name in it.
+  Person::Answer accept(const QString& name) const {
+    return [this, name](QDialog& dialog) {
+      dynamic_cast<QFileDialog&>(dialog).setDirectory(
+          QString::fromStdString(folder.path().string()));
+      type(dialog, name);
+      dialog.accept();
+    };
+  }
+
+  static Person::Answer press(QMessageBox::StandardButton button) {
+    return
+        [button](QDialog& dialog) { dynamic_cast<QMessageBox&>(dialog).button(button)->click(); };
+  }
+
+  static void cancel(QDialog& dialog) { dialog.reject(); }
+};
+
+TEST_F(PanelsTest, AnOpenPanelHasItsTitleAndTakesOneExistingFile) {
+  const auto song = folder.write("Mi canción.mp3", "");
+  const Person person({[&](QDialog& dialog) {
+    const auto& panel = dynamic_cast<QFileDialog&>(dialog);
+    EXPECT_EQ(panel.windowTitle(), QStringLiteral("Selecciona una canción"));
+    EXPECT_EQ(panel.fileMode(), QFileDialog::ExistingFile);
+    EXPECT_EQ(panel.acceptMode(), QFileDialog::AcceptOpen);
+    EXPECT_TRUE(panel.nameFilters().join(QString()).startsWith(QStringLiteral("Audio (")));
+    accept(QStringLiteral("Mi canción.mp3"))(dialog);
+  }});
+  EXPECT_EQ(runOpenPanel(open), song);
+}
+
+TEST_F(PanelsTest, ACancelledPanelChoosesNothing) {
+  const Person person({cancel, cancel});
+  EXPECT_EQ(runOpenPanel(open), std::nullopt);
+  EXPECT_EQ(runSavePanel(save), std::nullopt);
+}
+
+TEST_F(PanelsTest, ASavePanelProposesItsName) {
+  const Person person({[&](QDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Guardar tono para iPhone"));
+    EXPECT_EQ(dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(),
+              QStringLiteral("Mi canción.m4r"));
+    cancel(dialog);
+  }});
+  runSavePanel(save);
+}
+
+TEST_F(PanelsTest, ANameWithoutExtensionGetsTheRingtones) {
+  const Person person({accept(QStringLiteral("tono")), accept(QStringLiteral("tono.m4r")),
+                       accept(QStringLiteral(".tono")), accept(QStringLiteral("tono.v2"))});
+  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
+  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
+  EXPECT_EQ(runSavePanel(save), folder.url(".tono.m4r"));
+  EXPECT_EQ(runSavePanel(save), folder.url("tono.v2"));
+}
+
+TEST_F(PanelsTest, AnExistingFileIsChosenOnlyOnceThePersonAgrees) {
+  folder.write("tono.m4r", "viejo");
+  const Person person({accept(QStringLiteral("tono.m4r")), press(QMessageBox::No), cancel,
+                       accept(QStringLiteral("tono.m4r")), press(QMessageBox::Yes)});
+  EXPECT_EQ(runSavePanel(save), std::nullopt);
+  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
+}
+
+TEST_F(PanelsTest, AnExistingFileIsAskedForUnderTheNameItGets) {
+  folder.write("tono.m4r", "viejo");
+  folder.write(".tono.m4r", "viejo");
+  const Person person({accept(QStringLiteral("tono")), press(QMessageBox::No), cancel,
+                       accept(QStringLiteral(".tono")), press(QMessageBox::No), cancel,
+                       accept(QStringLiteral(".tono")), press(QMessageBox::Yes)});
+  EXPECT_EQ(runSavePanel(save), std::nullopt);
+  EXPECT_EQ(runSavePanel(save), std::nullopt);
+  EXPECT_EQ(runSavePanel(save), folder.url(".tono.m4r"));
+}
+
+TEST(NameFilter, AudioAdmitsTheUsualSongsInEitherCase) {
+  const auto filter = nameFilter({ContentType::audio()});
+  for (const char* const extension :
+       {"mp3", "m4a", "wav", "aif", "aiff", "flac", "ogg", "oga", "opus", "wma", "mp4", "mkv",
+        "webm", "m4r", "caf", "MP3", "WAV", "M4A"})
+    EXPECT_TRUE(filter.contains(QStringLiteral("*.") + QLatin1String(extension))) << extension;
+}
+
+TEST(NameFilter, AudioAdmitsNoListsOfSongs) {
+  const auto filter = nameFilter({ContentType::audio()});
+  for (const char* const extension : {"m3u", "m3u8", "pls", "mid", "txt", "jpg"})
+    EXPECT_FALSE(filter.contains(QStringLiteral("*.%1 ").arg(QLatin1String(extension))))
+        << extension;
+}
+
+TEST(NameFilter, AnExtensionAdmitsItsFilesOnly) {
+  EXPECT_EQ(nameFilter({{"m4r"}}), QStringLiteral("Tono para iPhone (*.m4r)"));
+}
+
+TEST(WithExtension, IsAddedOnlyWhereThereIsNone) {
+  EXPECT_EQ(withExtension(FileURL("/x/tono"), "m4r"), FileURL("/x/tono.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/tono.m4r"), "m4r"), FileURL("/x/tono.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/a.b"), "m4r"), FileURL("/x/a.b"));
+  EXPECT_EQ(withExtension(FileURL("/x/.tono"), "m4r"), FileURL("/x/.tono.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/tono "), "m4r"), FileURL("/x/tono .m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/\xFF"), "m4r"), FileURL("/x/\xFF.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x.y/tono"), ""), FileURL("/x.y/tono"));
+}
+
+}  // namespace
+}  // namespace quibel::desktop
