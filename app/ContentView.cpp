@@ -42,16 +42,16 @@ ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* pare
   screens_->addWidget(welcome_);
   screens_->addWidget(workspace_);
 
-  auto* const column = new QVBoxLayout(this);
-  column->setContentsMargins(padding, padding, padding, padding);
-  column->setSpacing(20);
+  column_ = new QVBoxLayout(this);
+  column_->setContentsMargins(padding, padding, padding, padding);
+  column_->setSpacing(20);
   // Where the screen does not take all the room, the three rows stay together
   // in the middle of the window.
-  column->addStretch();
-  column->addWidget(header_);
-  column->addWidget(screens_);
-  column->addWidget(status_);
-  column->addStretch();
+  column_->addStretch();
+  column_->addWidget(header_);
+  column_->addWidget(screens_);
+  column_->addWidget(status_);
+  column_->addStretch();
 
   setAcceptDrops(true);
   subscription_ = editor_->objectWillChange().subscribe([this] { scheduleRefresh(); });
@@ -76,8 +76,10 @@ void ContentView::refresh() {
   header_->refresh();
   if (hasSong) workspace_->refresh();
   screens_->setCurrentWidget(hasSong ? static_cast<QWidget*>(workspace_) : welcome_);
+  // The welcome screen takes all the room there is, the workspace what it needs.
   screens_->setSizePolicy(QSizePolicy::Expanding,
                           hasSong ? QSizePolicy::Fixed : QSizePolicy::Expanding);
+  column_->setStretchFactor(screens_, hasSong ? 0 : 1);
   if (!editor_->isBusy()) {
     status_->showStatus(displayText(editor_->status()));
   } else if (editor_->isExporting()) {

@@ -6,6 +6,7 @@
 #include "model/AudioEditorModel.h"
 
 class QStackedWidget;
+class QVBoxLayout;
 
 namespace quibel {
 
@@ -48,6 +49,7 @@ class ContentView : public QWidget {
   void refreshAlert();
 
   std::shared_ptr<AudioEditorModel> editor_;
+  QVBoxLayout* column_;
   Header* header_;
   QStackedWidget* screens_;
   WelcomeScreen* welcome_;

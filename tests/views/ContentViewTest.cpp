@@ -1,0 +1,257 @@
+#include <QLayout>
+
+#include "app/ContentView.h"
+#include "tests/views/ContentFixture.h"
+#include "tests/views/StripImage.h"
+#include "views/Theme.h"
+
+namespace quibel {
+namespace {
+
+using Content = ContentFixture;
+
+TEST_F(Content, AtLaunchTheWelcomeScreenShowsWithoutAnotherButtonAndNoStatus) {
+  EXPECT_TRUE(showsWelcome());
+  EXPECT_FALSE(showsWorkspace());
+  EXPECT_EQ(button(view, "Cambiar canción…"), nullptr);
+  EXPECT_EQ(statusLine(), QString());
+  EXPECT_NE(label(view, "Quibel"), nullptr);
+  EXPECT_NE(label(view, "Tu canción favorita, convertida en tono para iPhone"), nullptr);
+}
+
+TEST_F(Content, TheScreenFollowsTheSongAlone) {
+  model->load(addSong("/a.mp3", 90));
+  turn();
+  EXPECT_TRUE(showsWorkspace()) << "also while it is being analysed";
+  EXPECT_FALSE(showsWelcome());
+  machine.settle();
+  turn();
+  EXPECT_TRUE(showsWorkspace());
+}
+
+TEST_F(Content, AFailedLoadStaysOnTheWorkspace) {
+  model->load(platform::FileURL("/falta.mp3"));
+  machine.settle();
+  turn();
+  EXPECT_TRUE(showsWorkspace());
+  EXPECT_NE(alert(), nullptr);
+}
+
+TEST_F(Content, TheSongCanBeChangedOnceThereIsOneAlsoWhileBusy) {
+  model->load(addSong("/a.mp3", 90));
+  turn();
+  auto* const change = button(view, "Cambiar canción…");
+  ASSERT_NE(change, nullptr);
+  EXPECT_TRUE(change->isEnabled());
+  change->click();
+  EXPECT_TRUE(machine.openPanel);
+}
+
+TEST_F(Content, WhileASongLoadsTheStatusLineSaysSo) {
+  model->load(addSong("/a.mp3", 90));
+  EXPECT_EQ(statusLine().toStdString(), "Analizando audio…");
+  EXPECT_TRUE(showsProgress());
+  machine.settle();
+  EXPECT_EQ(statusLine().toStdString(),
+            "Mueve los tiradores verde y naranja para escoger el fragmento.");
+  EXPECT_FALSE(showsProgress());
+}
+
+TEST_F(Content, WhileAToneIsExportedTheStatusLineSaysSo) {
+  load(90);
+  startExport();
+  EXPECT_EQ(statusLine().toStdString(), "Creando tono…");
+  EXPECT_TRUE(showsProgress());
+}
+
+TEST_F(Content, WhileBothGoOnTheStatusLineSpeaksOfTheExport) {
+  load(90);
+  startExport();
+  model->load(addSong("/otra.mp3", 90));
+  EXPECT_TRUE(model->isLoading());
+  EXPECT_EQ(statusLine().toStdString(), "Creando tono…");
+}
+
+TEST_F(Content, TheAlertShowsTheModelsMessageLiterally) {
+  load(90, "/notas.mp3");
+  machine.songs["/x.mp3"].openError = platform::Error("<b>x&amp;y");
+  model->load(platform::FileURL("/x.mp3"));
+  machine.settle();
+  auto* const dialog = alert();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(dialog->windowTitle().toStdString(), "Quibel");
+  EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
+  auto* const message = label(*dialog, "No se ha podido abrir el audio. <b>x&amp;y");
+  ASSERT_NE(message, nullptr);
+  EXPECT_EQ(message->textFormat(), Qt::PlainText);
+  EXPECT_NE(label(*dialog, "Quibel"), nullptr);
+  EXPECT_EQ(dialog->findChildren<QAbstractButton*>().size(), 1);
+}
+
+TEST_F(Content, DismissingTheAlertLowersItAndKeepsItsText) {
+  model->load(platform::FileURL("/falta.mp3"));
+  machine.settle();
+  const auto text = model->alertText();
+  button(*alert(), "Aceptar")->click();
+  EXPECT_FALSE(model->showAlert());
+  EXPECT_EQ(model->alertText(), text);
+  EXPECT_EQ(alert(), nullptr);
+}
+
+TEST_F(Content, EscapeEnterAndClosingDismissTheAlertToo) {
+  const std::vector<std::function<void(AlertDialog&)>> ways{
+      [](AlertDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); },
+      [](AlertDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Return); },
+      [](AlertDialog& dialog) { dialog.close(); }};
+  for (const auto& dismiss : ways) {
+    model->load(platform::FileURL("/falta.mp3"));
+    machine.settle();
+    auto* const dialog = alert();
+    ASSERT_NE(dialog, nullptr);
+    dismiss(*dialog);
+    EXPECT_FALSE(model->showAlert());
+    EXPECT_EQ(alert(), nullptr);
+  }
+}
+
+TEST_F(Content, TheAlertGoesWhenTheModelLowersIt) {
+  model->load(platform::FileURL("/falta.mp3"));
+  machine.settle();
+  ASSERT_NE(alert(), nullptr);
+  model->showAlertBinding().set(false);
+  EXPECT_EQ(alert(), nullptr);
+}
+
+TEST_F(Content, ASecondFailureChangesTheAlertsMessage) {
+  model->load(platform::FileURL("/falta.mp3"));
+  machine.settle();
+  ASSERT_NE(alert(), nullptr);
+  machine.songs["/x.mp3"].openError = platform::Error("Otra cosa.");
+  model->load(platform::FileURL("/x.mp3"));
+  machine.settle();
+  EXPECT_NE(label(*alert(), "No se ha podido abrir el audio. Otra cosa."), nullptr);
+}
+
+TEST_F(Content, AMessageOfOneLongWordKeepsTheAlertNarrow) {
+  machine.songs["/x.mp3"].openError = platform::Error(std::string(400, 'w'));
+  model->load(platform::FileURL("/x.mp3"));
+  machine.settle();
+  EXPECT_LT(alert()->width(), 400);
+  EXPECT_GT(alert()->height(), 250);
+}
+
+/// Counts the refreshes that reach a view through the event loop.
+class RefreshCount : public QObject {
+ public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::MetaCall) ++count;
+    return false;
+  }
+  int count = 0;
+};
+
+TEST_F(Content, HoweverMuchChangesInATurnTheViewsAreRefreshedOnce) {
+  RefreshCount refreshes;
+  view.installEventFilter(&refreshes);
+  model->load(addSong("/a.mp3", 60));
+  machine.settle();
+  model->endBinding().set(30);
+  EXPECT_EQ(label(view, "00:30.0"), nullptr) << "not before the next turn";
+  turn();
+  EXPECT_EQ(refreshes.count, 1);
+  EXPECT_NE(label(view, "00:30.0"), nullptr);
+  turn();
+  EXPECT_EQ(refreshes.count, 1);
+  model->endBinding().set(31);
+  turn();
+  EXPECT_EQ(refreshes.count, 2);
+}
+
+TEST_F(Content, ThreeRowsTwentyPointsApartIn28PointsOfPadding) {
+  const auto rows = [this] {
+    std::vector<QRect> places;
+    for (int i = 0; i < view.layout()->count(); ++i) {
+      if (auto* row = view.layout()->itemAt(i)->widget()) places.push_back(row->geometry());
+    }
+    return places;
+  };
+  const auto welcome = rows();
+  ASSERT_EQ(welcome.size(), 3U);
+  EXPECT_EQ(welcome[0].topLeft(), QPoint(28, 28));
+  EXPECT_EQ(welcome[0].right(), view.width() - 28 - 1);
+  EXPECT_EQ(welcome[1].top() - (welcome[0].bottom() + 1), 20);
+  EXPECT_EQ(welcome[2].top() - (welcome[1].bottom() + 1), 20);
+  EXPECT_EQ(welcome[2].bottom(), view.height() - 28 - 1);
+}
+
+TEST_F(Content, InATallWindowTheWorkspaceKeepsItsHeightInTheMiddle) {
+  load(90);
+  turn();
+  auto* const workspace = view.findChild<WorkspaceScreen*>();
+  view.resize(1000, 1000);
+  turn();
+  EXPECT_EQ(workspace->height(), workspace->sizeHint().height());
+  const int top = view.layout()->itemAt(1)->widget()->y();
+  auto* const status = view.layout()->itemAt(3)->widget();
+  EXPECT_NEAR(top, view.height() - 1 - status->geometry().bottom(), 1);
+}
+
+TEST_F(Content, InATallWindowTheWelcomeScreenTakesTheRoom) {
+  view.resize(1000, 1000);
+  turn();
+  EXPECT_GT(view.findChild<WelcomeScreen*>()->height(), 800);
+}
+
+TEST_F(Content, TheMinimumIs780By580) {
+  EXPECT_EQ(view.minimumSizeHint(), QSize(780, 580));
+  load(90);
+  turn();
+  EXPECT_EQ(view.minimumSizeHint(), QSize(780, 580)) << "with both screens, in the usual font";
+}
+
+TEST_F(Content, TheGradientRunsFromTheWindowBackgroundToATouchOfAccent) {
+  const auto image = view.grab().toImage();
+  const auto c = colors(view.palette());
+  EXPECT_TRUE(alike(image.pixelColor(5, 0), c.windowBackground));
+  EXPECT_TRUE(
+      alike(image.pixelColor(5, image.height() - 1), blended(c.accent, 0.09, c.windowBackground)));
+}
+
+TEST_F(Content, ThePaletteIsFollowedWhileRunning) {
+  const auto before = QApplication::palette();
+  QPalette dark = before;
+  dark.setColor(QPalette::Window, Qt::black);
+  dark.setColor(QPalette::WindowText, Qt::white);
+  dark.setColor(QPalette::Base, Qt::black);
+  QApplication::setPalette(dark);
+  turn();
+  EXPECT_LT(view.grab().toImage().pixelColor(5, 0).lightness(), 30);
+  QApplication::setPalette(before);
+}
+
+TEST_F(Content, TheFontIsFollowedWhileRunningAndNothingOverlaps) {
+  load(90);
+  turn();
+  const auto before = QApplication::font();
+  auto doubled = before;
+  doubled.setPointSizeF(2 * before.pointSizeF());
+  QApplication::setFont(doubled);
+  turn();
+  view.resize(view.minimumSizeHint());
+  turn();
+  std::vector<QRect> places;
+  for (auto* found : view.findChildren<QLabel*>()) {
+    if (found->isVisible() && !found->text().isEmpty()) {
+      places.push_back(placeIn(view, found));
+      EXPECT_GE(found->height(), found->fontMetrics().ascent()) << found->text().toStdString();
+    }
+  }
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    EXPECT_TRUE(view.rect().contains(places[i]));
+    for (std::size_t j = 0; j < i; ++j) EXPECT_FALSE(places[i].intersects(places[j]));
+  }
+  QApplication::setFont(before);
+}
+
+}  // namespace
+}  // namespace quibel

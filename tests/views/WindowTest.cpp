@@ -1,0 +1,145 @@
+#include <QSignalSpy>
+#include <QWindow>
+
+#include "app/ContentView.h"
+#include "app/Window.h"
+#include "app/WindowControls.h"
+#include "app/WindowDrag.h"
+#include "tests/views/EditorFixture.h"
+#include "tests/views/Find.h"
+
+namespace quibel {
+namespace {
+
+class WindowTest : public testing::Test {
+ protected:
+  WindowTest() {
+    platform::Platform::setStandard(&machine);
+    window = std::make_unique<Window>();
+    window->show();
+    QCoreApplication::processEvents();
+  }
+
+  WindowControl* control(const char* name) {
+    for (auto* found : window->findChildren<WindowControl*>()) {
+      if (found->accessibleName() == QString::fromUtf8(name)) return found;
+    }
+    return nullptr;
+  }
+
+  fake::Platform machine;
+  std::unique_ptr<Window> window;
+};
+
+TEST_F(WindowTest, HasNoTitleBarAndItsContentReachesTheTop) {
+  EXPECT_TRUE(window->windowFlags() & Qt::FramelessWindowHint);
+  EXPECT_EQ(window->windowTitle().toStdString(), "Quibel");
+  EXPECT_EQ(window->content().geometry(), window->rect());
+}
+
+TEST_F(WindowTest, CannotBeMadeSmallerThan780By580) {
+  window->resize(100, 100);
+  EXPECT_EQ(window->size(), QSize(780, 580));
+  EXPECT_EQ(window->windowHandle()->minimumSize(), QSize(780, 580));
+}
+
+TEST_F(WindowTest, ItsControlsLieInTheStripAtTheTop) {
+  for (const char* name : {"Minimizar", "Maximizar", "Cerrar"}) {
+    ASSERT_NE(control(name), nullptr) << name;
+    const auto place = placeIn(*window, control(name));
+    EXPECT_GE(place.top(), 0);
+    EXPECT_LT(place.bottom(), 28);
+    EXPECT_LT(place.right(), window->width());
+  }
+  window->resize(1000, 700);
+  EXPECT_GT(placeIn(*window, control("Cerrar")).right(), 980);
+}
+
+TEST_F(WindowTest, MaximisesAndRestores) {
+  control("Maximizar")->click();
+  EXPECT_TRUE(window->isMaximized());
+  ASSERT_NE(control("Restaurar"), nullptr);
+  control("Restaurar")->click();
+  EXPECT_FALSE(window->isMaximized());
+  EXPECT_NE(control("Maximizar"), nullptr);
+}
+
+TEST_F(WindowTest, ADoubleClickOnTheStripMaximisesAndOneBelowDoesNot) {
+  QTest::mouseDClick(window.get(), Qt::LeftButton, {}, QPoint(300, 40));
+  EXPECT_FALSE(window->isMaximized());
+  QTest::mouseDClick(window.get(), Qt::LeftButton, {}, QPoint(300, 15));
+  EXPECT_TRUE(window->isMaximized());
+}
+
+TEST_F(WindowTest, ClosingItEndsTheApplication) {
+  QSignalSpy quit(qApp, &QCoreApplication::aboutToQuit);
+  QMetaObject::invokeMethod(control("Cerrar"), &QAbstractButton::click, Qt::QueuedConnection);
+  EXPECT_EQ(QCoreApplication::exec(), 0);
+  EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(WindowTest, ClosingItEndsTheLoopOfAnOpenPanelToo) {
+  QMetaObject::invokeMethod(
+      window.get(),
+      [this] {
+        QMetaObject::invokeMethod(window.get(), &QWidget::close, Qt::QueuedConnection);
+        QEventLoop panel;
+        panel.exec();
+      },
+      Qt::QueuedConnection);
+  EXPECT_EQ(QCoreApplication::exec(), 0);
+}
+
+TEST_F(WindowTest, TheModelGoesWithIt) {
+  auto& announcer = window->content().editor();
+  const std::weak_ptr<AudioEditorModel> model = announcer.weak_from_this();
+  EXPECT_FALSE(model.expired());
+  window.reset();
+  EXPECT_TRUE(model.expired());
+}
+
+struct Place {
+  QPoint point;
+  Qt::Edges edges;
+};
+
+TEST(EdgesAt, AreThoseWithinReachAndBothNearACorner) {
+  const QSize window(800, 600);
+  for (const auto& [point, edges] : std::vector<Place>{{{400, 300}, {}},
+                                                       {{0, 300}, Qt::LeftEdge},
+                                                       {{4, 300}, Qt::LeftEdge},
+                                                       {{5, 300}, {}},
+                                                       {{799, 300}, Qt::RightEdge},
+                                                       {{795, 300}, Qt::RightEdge},
+                                                       {{794, 300}, {}},
+                                                       {{400, 0}, Qt::TopEdge},
+                                                       {{400, 599}, Qt::BottomEdge},
+                                                       {{0, 0}, Qt::LeftEdge | Qt::TopEdge},
+                                                       {{13, 0}, Qt::LeftEdge | Qt::TopEdge},
+                                                       {{0, 590}, Qt::LeftEdge | Qt::BottomEdge},
+                                                       {{799, 599}, Qt::RightEdge | Qt::BottomEdge},
+                                                       {{10, 10}, {}}}) {
+    EXPECT_EQ(edgesAt(point, window, 5), edges) << point.x() << ',' << point.y();
+  }
+}
+
+TEST(Resized, MovesOnlyTheDraggedEdges) {
+  const QRect before(100, 100, 800, 600);
+  const QSize minimum(780, 580);
+  EXPECT_EQ(resized(before, Qt::RightEdge, {50, 70}, minimum), QRect(100, 100, 850, 600));
+  EXPECT_EQ(resized(before, Qt::LeftEdge | Qt::TopEdge, {-50, -70}, minimum),
+            QRect(50, 30, 850, 670));
+  EXPECT_EQ(resized(before, Qt::BottomEdge, {50, 70}, minimum), QRect(100, 100, 800, 670));
+}
+
+TEST(Resized, StopsAtTheMinimumWithTheOppositeEdgeInPlace) {
+  const QRect before(100, 100, 800, 600);
+  const QSize minimum(780, 580);
+  EXPECT_EQ(resized(before, Qt::RightEdge | Qt::BottomEdge, {-500, -500}, minimum),
+            QRect(100, 100, 780, 580));
+  EXPECT_EQ(resized(before, Qt::LeftEdge | Qt::TopEdge, {500, 500}, minimum),
+            QRect(120, 120, 780, 580));
+}
+
+}  // namespace
+}  // namespace quibel
