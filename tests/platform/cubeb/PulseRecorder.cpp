@@ -18,7 +18,7 @@ using std::chrono::steady_clock;
 PulseRecorder::PulseRecorder(int rate) : rate_(rate) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe could be made");
-  process_ = std::make_unique<ChildProcess>(
+  process_ = std::make_unique<platform::ChildProcess>(
       std::vector<std::string>{"parec", "--device=out.monitor", "--format=float32le", "--raw",
                                "--channels=2", "--rate=" + std::to_string(rate),
                                "--latency-msec=5"},

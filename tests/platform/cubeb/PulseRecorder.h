@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/platform/cubeb/PulseServer.h"
+#include "tests/platform/ChildProcess.h"
 
 namespace quibel::playback {
 
@@ -38,7 +38,7 @@ class PulseRecorder {
   mutable std::mutex mutex_;
   std::vector<float> samples_;
   std::chrono::steady_clock::time_point beginning_ = std::chrono::steady_clock::time_point::max();
-  std::unique_ptr<ChildProcess> process_;
+  std::unique_ptr<platform::ChildProcess> process_;
   std::thread reader_;
 };
 

@@ -3,13 +3,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quibel::playback {
@@ -27,35 +27,6 @@ bool accepts(const std::filesystem::path& socketPath) {
 }
 
 }  // namespace
-
-ChildProcess::ChildProcess(const std::vector<std::string>& command, int output) {
-  std::vector<char*> arguments;
-  for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
-  pid_ = ::fork();
-  if (pid_ < 0) throw std::runtime_error("no process could be made");
-  if (pid_ == 0) {
-    const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    ::dup2(nowhere, STDIN_FILENO);
-    ::dup2(output >= 0 ? output : nowhere, STDOUT_FILENO);
-    ::dup2(nowhere, STDERR_FILENO);
-    ::execvp(arguments.front(), arguments.data());
-    ::_exit(127);
-  }
-}
-
-ChildProcess::~ChildProcess() {
-  if (pid_ == 0) return;
-  ::kill(pid_, SIGKILL);
-  ::waitpid(pid_, nullptr, 0);
-}
-
-void ChildProcess::signal(int number) const { ::kill(pid_, number); }
-
-bool ChildProcess::hasEnded() {
-  if (pid_ != 0 && ::waitpid(pid_, nullptr, WNOHANG) == pid_) pid_ = 0;
-  return pid_ == 0;
-}
 
 PulseServer::PulseServer(int rate) : rate_(rate) {
   std::string name = (std::filesystem::temp_directory_path() / "pulse-XXXXXX").string();
@@ -83,7 +54,7 @@ bool PulseServer::isInstalled() { return std::system("command -v pulseaudio >/de
 void PulseServer::start() {
   const auto socket = folder_ / "native";
   std::filesystem::remove(socket);
-  process_ = std::make_unique<ChildProcess>(std::vector<std::string>{
+  process_ = std::make_unique<platform::ChildProcess>(std::vector<std::string>{
       "pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
       "--disable-shm=yes", "-L",
       "module-native-protocol-unix auth-anonymous=1 socket=" + socket.string(), "-L",

@@ -2,16 +2,18 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QDesktopServices>
-#include <QFile>
-#include <QProcess>
 #include <QUrl>
 #include <chrono>
-#include <memory>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/desktop/Reveal.h"
 #include "platform/desktop/Urls.h"
+#include "tests/platform/ChildProcess.h"
 #include "tests/platform/desktop/Application.h"
 #include "tests/platform/desktop/TemporaryFolder.h"
 
@@ -22,37 +24,28 @@ namespace {
 class PrivateBus {
  public:
   PrivateBus() {
-    const auto config = folder_.write("bus.conf", R"(<busconfig>
-      <type>session</type>
-      <listen>unix:path=)" + folder_.url("bus").path().string() +
-                                                      R"(</listen>
-      <policy context="default">
-        <allow send_destination="*"/> <allow receive_sender="*"/> <allow own="*"/>
-      </policy>
-    </busconfig>)");
-    daemon_.start(
-        QStringLiteral("dbus-daemon"),
-        {QStringLiteral("--config-file=") + QString::fromStdString(config.path().string()),
-         QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-    if (!daemon_.waitForReadyRead(60'000)) return;
-    address_ = daemon_.readLine().trimmed();
+    const auto socket = folder_.url("bus").path().string();
+    const auto config = folder_.write(
+        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + socket + R"(</listen>
+        <policy context="default">
+          <allow send_destination="*"/> <allow receive_sender="*"/> <allow own="*"/>
+        </policy></busconfig>)");
+    daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork",
+                                             "--config-file=" + config.path().string()});
+    address_ = "unix:path=" + QByteArray::fromStdString(socket);
     qputenv("DBUS_SESSION_BUS_ADDRESS", address_);
+    isThere_ = eventually([&] { return daemon_->hasEnded() || std::filesystem::exists(socket); }) &&
+               !daemon_->hasEnded();
   }
 
-  ~PrivateBus() {
-    daemon_.kill();
-    daemon_.waitForFinished();
-  }
-
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
-
+  bool isThere() const { return isThere_; }
   QString address() const { return QString::fromLatin1(address_); }
 
  private:
   TemporaryFolder folder_;
-  QProcess daemon_;
+  std::optional<platform::ChildProcess> daemon_;
   QByteArray address_;
+  bool isThere_ = false;
 };
 
 /// A file manager that notes what it is asked to show, and answers as it is told.
@@ -106,7 +99,7 @@ class FolderOpener final : public QObject {
 class Reveal : public testing::Test {
  protected:
   void SetUp() override {
-    if (bus_.address().isEmpty()) GTEST_SKIP() << "no D-Bus daemon is installed";
+    if (!bus_.isThere()) GTEST_SKIP() << "no D-Bus daemon is installed";
     ASSERT_TRUE(QDBusConnection::sessionBus().isConnected());
   }
 
