@@ -7,14 +7,14 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "benchmarks/Measuring.h"
 #include "model/Waveform.h"
@@ -116,8 +116,7 @@ void run() {
         {[&] { return measure([&] { load(path); }); },
          [&] { return measure([&] { isPCM ? readMaximum(path) : decode(path); }); },
          [&] {
-           return measureProgram(
-               {"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
+           return measureProgram({"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
          }},
         rounds);
     std::printf("%-10s %8.1f %8.1f %8.1f | %8.2f %8.2f %8.2f | %14.1f\n", song.name.c_str(),

@@ -1,10 +1,10 @@
 #include "benchmarks/Measuring.h"
 
-#include <sys/resource.h>
-#include <time.h>
-
 #include <algorithm>
 #include <chrono>
+
+#include <sys/resource.h>
+#include <time.h>
 
 #include "tests/support/TestAudio.h"
 

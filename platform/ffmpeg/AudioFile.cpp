@@ -1,9 +1,12 @@
 #include "platform/ffmpeg/AudioFile.h"
 
 #include <new>
+#include <string_view>
 
+#include "platform/ffmpeg/ChainedAudioFile.h"
 #include "platform/ffmpeg/CodedAudioFile.h"
 #include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/OggPages.h"
 #include "platform/ffmpeg/PcmAudioFile.h"
 
 namespace quibel::ffmpeg {
@@ -20,6 +23,10 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platf
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input) {
   auto demuxer = Demuxer::open(input);
   if (!demuxer) return std::unexpected(demuxer.error());
+  if (std::string_view((*demuxer)->format().iformat->name) == "ogg") {
+    const auto links = readOggLinks(*input);
+    if (links.size() > 1) return ChainedAudioFile::open(input, links);
+  }
   if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(input), **demuxer);
   return CodedAudioFile::open(std::move(input), std::move(*demuxer));
 }

@@ -4,17 +4,13 @@
 #include <new>
 
 #include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/Measure.h"
 #include "platform/ffmpeg/PCMBuffer.h"
 #include "platform/ffmpeg/Samples.h"
-#include "platform/ffmpeg/Measure.h"
 
 namespace quibel::ffmpeg {
 
 namespace {
-
-// Codecs that can decode frames side by side get a second thread: more gains
-// little, since finding the frames is one thread's work.
-constexpr int decodingThreads = 2;
 
 platform::Result<FrameSource> openSource(const std::shared_ptr<Input>& input,
                                          const FrameSource::Plan& plan) {
@@ -36,12 +32,10 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
     std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer) {
   const AVStream& stream = demuxer->stream();
   const AVCodecParameters& codec = *stream.codecpar;
-  FrameSource::Plan plan{
-      .clock = chooseClock(*demuxer->format().iformat, codec.codec_id, stream.time_base,
-                           codec.sample_rate),
-      .outputRate = std::max(codec.sample_rate, 1),
-      .channels = codec.ch_layout.nb_channels,
-      .threads = decodingThreads};
+  FrameSource::Plan plan{.clock = chooseClock(*demuxer->format().iformat, codec.codec_id,
+                                              stream.time_base, codec.sample_rate),
+                         .outputRate = std::max(codec.sample_rate, 1),
+                         .channels = codec.ch_layout.nb_channels};
   auto source = FrameSource::open(input, std::move(demuxer), plan);
   if (!source) return std::unexpected(source.error());
 

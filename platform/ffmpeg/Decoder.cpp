@@ -15,7 +15,7 @@ constexpr std::int64_t maximumFramesPerPacket = std::int64_t{1} << 24;
 }  // namespace
 
 platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int sampleRate,
-                                        const Options& options) {
+                                        bool trims) {
   const AVCodec* const kind = decoderFor(parameters.codec_id);
   if (kind == nullptr) {
     const bool isNamed = parameters.codec_id != AV_CODEC_ID_NONE;
@@ -27,17 +27,13 @@ platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int
   codec->pkt_timebase = {1, sampleRate};
   codec->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
   codec->max_samples = maximumFramesPerPacket;
-  if (!options.trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+  if (!trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
   // A damaged FLAC frame mostly decodes, to noise at full scale, unless its
   // checksum is looked at.
   if (parameters.codec_id == AV_CODEC_ID_FLAC) {
     codec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
   }
   codec->thread_count = 1;
-  if (options.threads > 1 && (kind->capabilities & AV_CODEC_CAP_FRAME_THREADS) != 0) {
-    codec->thread_count = options.threads;
-    codec->thread_type = FF_THREAD_FRAME;
-  }
   AVDictionary* settings = nullptr;
   av_dict_set(&settings, "codec_whitelist", allowedCodecs, 0);
   const int code = avcodec_open2(codec.get(), kind, &settings);

@@ -15,14 +15,11 @@ class Decoder {
     error,  ///< what was sent does not decode; the next packet may
   };
 
-  struct Options {
-    int threads = 1;
-    bool trims = false;  ///< the codec drops what packets mark as delay or padding
-  };
-
   /// `sampleRate` is the unit of packets' and frames' times: 1/sampleRate seconds.
+  /// With `trims` the codec itself drops what packets mark as delay or padding.
+  /// One thread: handing frames to more costs a quarter more processor time.
   static platform::Result<Decoder> open(const AVCodecParameters& parameters, int sampleRate,
-                                        const Options& options);
+                                        bool trims);
 
   /// Only after receive() asked for it. False if the packet does not decode.
   /// Throws std::bad_alloc.

@@ -114,9 +114,9 @@ Demuxer::Status Demuxer::read(AVPacket& packet) {
     if (code == AVERROR_EXIT || code == AVERROR(ENOMEM)) return Status::error;
     // What a demuxer cannot make sense of is the end of what it can deliver;
     // an input that failed says so itself.
-    if (code < 0) return format_->pb->error < 0 && format_->pb->error != AVERROR_EOF
-                             ? Status::error
-                             : Status::end;
+    if (code < 0)
+      return format_->pb->error < 0 && format_->pb->error != AVERROR_EOF ? Status::error
+                                                                         : Status::end;
     if (packet.stream_index == stream_->index) return Status::packet;
   }
 }

@@ -10,9 +10,7 @@ namespace quibel::ffmpeg {
 
 namespace {
 
-constexpr AVRational rational(std::int64_t timescale) {
-  return {1, static_cast<int>(timescale)};
-}
+constexpr AVRational rational(std::int64_t timescale) { return {1, static_cast<int>(timescale)}; }
 
 }  // namespace
 
@@ -44,8 +42,8 @@ Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRat
   std::int64_t editEnd = unlimited;
   for (const Edit& edit : track.edits) {
     if (edit.mediaTime < 0) continue;
-    const auto edited = counted.origin +
-                        av_rescale_q(edit.mediaTime, rational(track.mediaTimescale), output);
+    const auto edited =
+        counted.origin + av_rescale_q(edit.mediaTime, rational(track.mediaTimescale), output);
     editBegin = std::min(editBegin, edited);
     editEnd = edit.duration > 0
                   ? edited + av_rescale_q(edit.duration, rational(track.movieTimescale), output)

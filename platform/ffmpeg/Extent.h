@@ -20,10 +20,10 @@ struct Extent {
 
 /// What counting a stream's packets found.
 struct Counted {
-  std::int64_t begin = 0;    ///< coded position of the first packet
-  std::int64_t skip = 0;     ///< frames to drop from there, as the packets say
-  std::int64_t end = 0;      ///< one past the last frame, less the padding that the packets say
-  std::int64_t packetEnd = 0;///< the same with that padding
+  std::int64_t begin = 0;       ///< coded position of the first packet
+  std::int64_t skip = 0;        ///< frames to drop from there, as the packets say
+  std::int64_t end = 0;         ///< one past the last frame, less the padding that the packets say
+  std::int64_t packetEnd = 0;   ///< the same with that padding
   std::int64_t lastPacket = 0;  ///< the longest packet's frames
 };
 
@@ -57,10 +57,10 @@ Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRat
 
 /// What an Ogg stream's pages say: granule positions.
 struct OggGranules {
-  std::int64_t first = 0;       ///< of the first page with sound
-  int packetsOnFirstPage = 0;   ///< packets that end on it
-  bool isOnlyPage = false;      ///< it ends the stream too
-  std::int64_t last = 0;        ///< of the stream's last page
+  std::int64_t first = 0;      ///< of the first page with sound
+  int packetsOnFirstPage = 0;  ///< packets that end on it
+  bool isOnlyPage = false;     ///< it ends the stream too
+  std::int64_t last = 0;       ///< of the stream's last page
 };
 
 /// The granule position at which an Ogg stream's first packet begins, from the

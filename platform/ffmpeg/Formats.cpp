@@ -14,7 +14,8 @@ const char* const allowedFormats =
 const char* const allowedCodecs =
     "aac,aac_latm,ac3,eac3,alac,als,amrnb,amrwb,ape,atrac1,atrac3,atrac3al,atrac3plus,"
     "atrac3plusal,cook,dca,dsd_lsbf,dsd_lsbf_planar,dsd_msbf,dsd_msbf_planar,flac,g722,g726,g726le,"
-    "g729,gsm,gsm_ms,ilbc,mace3,mace6,mlp,mp1,mp1float,mp2,mp2float,mp3float,mpc7,mpc8,nellymoser,opus,"
+    "g729,gsm,gsm_ms,ilbc,mace3,mace6,mlp,mp1,mp1float,mp2,mp2float,mp3float,mpc7,mpc8,nellymoser,"
+    "opus,"
     "libopus,qcelp,qdm2,qdmc,ra_144,ra_288,real_144,real_288,shorten,sipr,speex,libspeex,tak,"
     "truehd,tta,vorbis,wavpack,wmalossless,wmapro,wmav1,wmav2,wmavoice,"
     "adpcm_adx,adpcm_ct,adpcm_g722,adpcm_g726,adpcm_g726le,adpcm_ima_qt,adpcm_ima_wav,adpcm_ms,"

@@ -37,10 +37,8 @@ platform::Result<FrameSource> FrameSource::open(std::shared_ptr<Input> input,
   // Where only decoding tells a packet's length, its delay and padding are
   // dropped by the decoder too, but not in MP4, whose edit lists are applied here.
   const bool isMovie = std::string_view(demuxer->format().iformat->name).starts_with("mov");
-  auto decoder =
-      Decoder::open(*demuxer->stream().codecpar, plan.outputRate,
-                    {.threads = plan.clock == Clock::decoding ? 1 : plan.threads,
-                     .trims = plan.clock == Clock::decoding && !isMovie});
+  const bool trims = plan.clock == Clock::decoding && !isMovie;
+  auto decoder = Decoder::open(*demuxer->stream().codecpar, plan.outputRate, trims);
   if (!decoder) return std::unexpected(decoder.error());
   return FrameSource(std::move(input), std::move(demuxer), plan, std::move(*decoder));
 }

@@ -47,7 +47,6 @@ class FrameSource {
     Clock clock = Clock::timestamps;
     int outputRate = 0;  ///< frames per second of what is delivered
     int channels = 0;    ///< of what is delivered; 0 to leave everything as it is decoded
-    int threads = 1;
 
     friend bool operator==(const Plan&, const Plan&) = default;
   };

@@ -1,11 +1,12 @@
 #include "platform/ffmpeg/Input.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <new>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <new>
 
 #include "platform/ffmpeg/Errors.h"
 
@@ -22,28 +23,52 @@ constexpr int ioBufferSize = 64 * 1024;
 platform::Result<std::shared_ptr<Input>> Input::open(const platform::FileURL& url,
                                                      std::stop_token stop) {
   // O_NONBLOCK so that a FIFO does not wait for its writer; regular files ignore it.
-  const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (descriptor < 0) return std::unexpected(openingError(errno));
-  auto input = std::make_shared<Input>(descriptor, FileIdentity{}, std::move(stop));
+  const int number = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (number < 0) return std::unexpected(openingError(errno));
+  auto descriptor = std::make_shared<const Descriptor>(number);
 
-  struct stat status {};
-  if (::fstat(descriptor, &status) != 0) return std::unexpected(openingError(errno));
+  struct stat status{};
+  if (::fstat(number, &status) != 0) return std::unexpected(openingError(errno));
   if (S_ISDIR(status.st_mode)) return std::unexpected(makeError(Failure::folder));
   if (!S_ISREG(status.st_mode)) return std::unexpected(makeError(Failure::notRegular));
   if (status.st_size == 0) return std::unexpected(makeError(Failure::emptyFile));
-  input->identity_ = {status.st_dev, status.st_ino, status.st_size,
-                      status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
-  return input;
+  const FileIdentity identity{
+      .device = status.st_dev,
+      .inode = status.st_ino,
+      .size = status.st_size,
+      .modified = status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+  return std::shared_ptr<Input>(
+      new Input(std::move(descriptor), identity, status.st_size, std::move(stop)));
 }
 
-Input::~Input() { ::close(descriptor_); }
+Input::Descriptor::~Descriptor() { ::close(number); }
+
+Input::Input(int descriptor, const FileIdentity& identity, std::stop_token stop)
+    : Input(std::make_shared<const Descriptor>(descriptor), identity, identity.size,
+            std::move(stop)) {}
+
+Input::Input(std::shared_ptr<const Descriptor> descriptor, const FileIdentity& identity,
+             std::int64_t fileSize, std::stop_token stop)
+    : descriptor_(std::move(descriptor)),
+      identity_(identity),
+      fileSize_(fileSize),
+      stop_(std::move(stop)) {}
+
+std::shared_ptr<Input> Input::part(std::int64_t begin, std::int64_t end) const {
+  FileIdentity identity = identity_;
+  identity.begin += begin;
+  identity.size = end - begin;
+  return std::shared_ptr<Input>(new Input(descriptor_, identity, fileSize_, stop_));
+}
 
 int Input::readAt(std::int64_t position, std::span<std::uint8_t> into) {
   if (stopRequested()) return AVERROR_EXIT;
+  const std::int64_t available = std::max<std::int64_t>(0, size() - position);
+  if (std::ssize(into) > available) into = into.first(static_cast<std::size_t>(available));
   std::size_t done = 0;
   while (done < into.size()) {
-    const ssize_t count = ::pread(descriptor_, into.data() + done, into.size() - done,
-                                  position + static_cast<std::int64_t>(done));
+    const ssize_t count = ::pread(descriptor_->number, into.data() + done, into.size() - done,
+                                  identity_.begin + position + static_cast<std::int64_t>(done));
     if (count > 0) {
       done += static_cast<std::size_t>(count);
     } else if (count == 0) {
@@ -59,9 +84,9 @@ int Input::readAt(std::int64_t position, std::span<std::uint8_t> into) {
 std::optional<platform::Error> Input::failure() const {
   if (stopRequested()) return makeError(Failure::cancelled);
   if (errorNumber_ != 0) return readingError(errorNumber_);
-  struct stat status {};
-  if (::fstat(descriptor_, &status) != 0) return readingError(errno);
-  if (status.st_size < identity_.size) return makeError(Failure::cutWhileReading);
+  struct stat status{};
+  if (::fstat(descriptor_->number, &status) != 0) return readingError(errno);
+  if (status.st_size < fileSize_) return makeError(Failure::cutWhileReading);
   return std::nullopt;
 }
 

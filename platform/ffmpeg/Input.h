@@ -1,13 +1,13 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
 #include <stop_token>
+
+#include <sys/types.h>
 
 #include "platform/Error.h"
 #include "platform/FileURL.h"
@@ -21,11 +21,12 @@ struct FileIdentity {
   ino_t inode = 0;
   std::int64_t size = 0;
   std::int64_t modified = 0;  ///< nanoseconds
+  std::int64_t begin = 0;     ///< of the part of it that is looked at, in bytes
 
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
-/// A regular file, opened once: whoever reads through this reads the same file,
+/// A regular file, or a part of one, opened once: whoever reads through this reads the same file,
 /// whatever happens to its name meanwhile. One thread at a time.
 class Input {
  public:
@@ -33,11 +34,12 @@ class Input {
   static platform::Result<std::shared_ptr<Input>> open(const platform::FileURL& url,
                                                        std::stop_token stop);
 
-  Input(int descriptor, const FileIdentity& identity, std::stop_token stop)
-      : descriptor_(descriptor), identity_(identity), stop_(std::move(stop)) {}
-  Input(const Input&) = delete;
-  Input& operator=(const Input&) = delete;
-  ~Input();
+  /// Takes over a descriptor of a file of this identity.
+  Input(int descriptor, const FileIdentity& identity, std::stop_token stop);
+
+  /// A part of the same file, from byte `begin` to before byte `end`, as a file
+  /// of its own.
+  std::shared_ptr<Input> part(std::int64_t begin, std::int64_t end) const;
 
   /// The size when it was opened, in bytes.
   std::int64_t size() const { return identity_.size; }
@@ -53,8 +55,22 @@ class Input {
   std::optional<platform::Error> failure() const;
 
  private:
-  int descriptor_;
+  /// Closes its descriptor at the end.
+  struct Descriptor {
+    explicit Descriptor(int value) : number(value) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor();
+
+    int number;
+  };
+
+  Input(std::shared_ptr<const Descriptor> descriptor, const FileIdentity& identity,
+        std::int64_t fileSize, std::stop_token stop);
+
+  std::shared_ptr<const Descriptor> descriptor_;
   FileIdentity identity_;
+  std::int64_t fileSize_;  ///< of the whole file, when it was opened
   std::stop_token stop_;
   int errorNumber_ = 0;
 };

@@ -66,10 +66,7 @@ class Measurement {
       if (!ending) return std::unexpected(ending.error());
       if (*ending) return **ending;
     }
-    if (container_ == "ogg") {
-      ogg_ = readOggStream(*input_, stream_.index);
-      if (ogg_ && ogg_->isChained) return countFrames();
-    }
+    if (isGranular()) granules_ = readOggGranules(*input_, stream_.index);
     return packetExtent();
   }
 
@@ -120,15 +117,13 @@ class Measurement {
     if (!demuxer) return std::unexpected(demuxer.error());
     PacketClock clock(plan_.clock, (*demuxer)->stream(), plan_.outputRate);
     // An Ogg stream of several pages is measured by its first and its last one.
-    const bool byPages = isGranular() && ogg_ && ogg_->granules.last >= 0;
-    const bool byEnds = byPages && !ogg_->granules.isOnlyPage &&
-                        ogg_->granules.last > ogg_->granules.first;
-    const std::int64_t limit = byEnds ? ogg_->granules.packetsOnFirstPage + 1 : allPackets;
+    const bool byEnds = granules_ && !granules_->isOnlyPage && granules_->last > granules_->first;
+    const std::int64_t limit = byEnds ? granules_->packetsOnFirstPage + 1 : allPackets;
     const auto count = countPackets(*input_, **demuxer, clock, limit);
     if (!count) return std::unexpected(count.error());
     const bool isBroken = plan_.clock == Clock::timestamps && count->leavesOutMost();
     if (!count->isCountable || count->changes || isBroken) return countFrames();
-    Extent found = byPages ? oggExtent(*count, byEnds) : plainExtent(*count);
+    Extent found = granules_ ? oggExtent(*count, *granules_, byEnds) : plainExtent(*count);
     found.clock = plan_.clock;
     return found;
   }
@@ -146,8 +141,8 @@ class Measurement {
     // Edit lists are applied afterwards.
     if (isMovie()) counted.skip = 0;
     std::optional<std::int64_t> headerLength;
-    const bool isStated = opened_.demuxer().format().duration_estimation_method ==
-                          AVFMT_DURATION_FROM_STREAM;
+    const bool isStated =
+        opened_.demuxer().format().duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
     if (isStated && stream_.duration > 0 && codec_.codec_id != AV_CODEC_ID_FLAC) {
       headerLength = inFrames(stream_.duration);
     }
@@ -156,8 +151,7 @@ class Measurement {
 
   // Granule positions are the truth about an Ogg stream's ends; the times that
   // FFmpeg makes of them give Vorbis' first packet a length that it has not.
-  Extent oggExtent(const PacketCount& count, bool byEnds) const {
-    const OggGranules& granules = ogg_->granules;
+  Extent oggExtent(const PacketCount& count, const OggGranules& granules, bool byEnds) const {
     const bool isVorbis = codec_.codec_id == AV_CODEC_ID_VORBIS;
     const auto ended = std::min(count.firstDurations.size(),
                                 static_cast<std::size_t>(granules.packetsOnFirstPage));
@@ -214,7 +208,7 @@ class Measurement {
   const AVStream& stream_;
   const AVCodecParameters& codec_;
   std::string_view container_;
-  std::optional<OggStream> ogg_;
+  std::optional<OggGranules> granules_;
 };
 
 }  // namespace

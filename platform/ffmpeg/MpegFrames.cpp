@@ -100,8 +100,8 @@ std::optional<MpegTag> readMpegTag(Input& input) {
   const auto header = parseMpegHeader(frame);
   if (!header || header->layer != 3) return std::nullopt;
   // The tag stands where the frame's data would, behind the side information.
-  const std::size_t sideInformation = header->isVersion1 ? (header->isMono ? 17U : 32U)
-                                                         : (header->isMono ? 9U : 17U);
+  const std::size_t sideInformation =
+      header->isVersion1 ? (header->isMono ? 17U : 32U) : (header->isMono ? 9U : 17U);
   auto rest = std::span<const std::uint8_t>(frame).subspan(4 + sideInformation);
   if (!startsWith(rest, "Xing") && !startsWith(rest, "Info")) return std::nullopt;
   const std::int64_t fields = bigEndian(rest.subspan(4, 4));

@@ -16,8 +16,10 @@ constexpr unsigned endsStream = 4;
 
 // Comments with a picture can fill many pages before the first sound.
 constexpr std::int64_t headersLimit = std::int64_t{64} << 20;
-// Silent stretches of other streams may lie behind the last page.
+// Pages of other streams may lie behind the last one.
 constexpr std::int64_t tailLimit = std::int64_t{1} << 20;
+// More songs than anybody joins.
+constexpr std::size_t maximumLinks = 10'000;
 
 struct Page {
   std::int64_t size = 0;
@@ -61,48 +63,66 @@ std::optional<Page> pageAt(Input& input, std::int64_t position) {
   return parsePage(std::span(header).first(static_cast<std::size_t>(count)));
 }
 
-// The last page of the file, and the last one of a stream that has a position.
-struct Tail {
-  std::optional<std::uint32_t> lastSerial;
-  std::optional<std::int64_t> lastGranule;
-};
+// The first page at or behind a position, where damage took away others.
+std::optional<std::int64_t> findPage(Input& input, std::int64_t position) {
+  std::vector<std::uint8_t> block(static_cast<std::size_t>(largestPage));
+  while (position < input.size()) {
+    const int count = input.readAt(position, block);
+    if (count < headerSize) return std::nullopt;
+    const auto data = std::span(block).first(static_cast<std::size_t>(count));
+    for (std::size_t i = 0; i + static_cast<std::size_t>(headerSize) <= data.size(); ++i) {
+      if (parsePage(data.subspan(i))) return position + static_cast<std::int64_t>(i);
+    }
+    position += count - headerSize;
+  }
+  return std::nullopt;
+}
 
-Tail readTail(Input& input, std::uint32_t serial) {
-  Tail tail;
+// The granule position of a stream's last page that has one.
+std::int64_t lastGranule(Input& input, std::uint32_t serial) {
   std::vector<std::uint8_t> block;
-  for (std::int64_t length = largestPage; !tail.lastGranule && length <= 2 * tailLimit;
-       length *= 4) {
+  std::int64_t found = -1;
+  for (std::int64_t length = largestPage; found < 0 && length <= 2 * tailLimit; length *= 4) {
     const std::int64_t begin = std::max<std::int64_t>(0, input.size() - length);
     block.resize(static_cast<std::size_t>(input.size() - begin));
     const int count = input.readAt(begin, block);
-    if (count < 0) return tail;
+    if (count < 0) break;
     const auto data = std::span(block).first(static_cast<std::size_t>(count));
     for (std::size_t i = 0; i + static_cast<std::size_t>(headerSize) <= data.size();) {
       const auto page = parsePage(data.subspan(i));
-      if (!page) {
-        ++i;
-        continue;
-      }
-      tail.lastSerial = page->serial;
-      const bool isWhole = static_cast<std::size_t>(page->size) <= data.size() - i;
-      if (page->serial == serial && page->granule >= 0 && isWhole) {
-        tail.lastGranule = page->granule;
-      }
+      const bool isWhole = page && static_cast<std::size_t>(page->size) <= data.size() - i;
+      if (isWhole && page->serial == serial && page->granule >= 0) found = page->granule;
       i += isWhole ? static_cast<std::size_t>(page->size) : 1;
     }
     if (begin == 0) break;
   }
-  return tail;
+  return found;
 }
 
 }  // namespace
 
-std::optional<OggStream> readOggStream(Input& input, int index) {
+std::vector<std::int64_t> readOggLinks(Input& input) {
+  std::vector<std::int64_t> links;
+  bool isAmongFirstPages = false;
+  for (std::int64_t position = 0; position < input.size() && links.size() < maximumLinks;) {
+    const auto page = pageAt(input, position);
+    if (!page) {
+      const auto next = links.empty() ? std::nullopt : findPage(input, position);
+      if (!next) break;
+      position = *next;
+      continue;
+    }
+    const bool begins = (page->flags & beginsStream) != 0;
+    if (begins && !isAmongFirstPages) links.push_back(position);
+    isAmongFirstPages = begins;
+    position += page->size;
+  }
+  return links;
+}
+
+std::optional<OggGranules> readOggGranules(Input& input, int index) {
   std::vector<std::uint32_t> serials;
-  OggStream stream;
-  std::int64_t position = 0;
-  bool found = false;
-  while (!found && position < std::min(input.size(), headersLimit)) {
+  for (std::int64_t position = 0; position < std::min(input.size(), headersLimit);) {
     const auto page = pageAt(input, position);
     if (!page) return std::nullopt;
     position += page->size;
@@ -112,18 +132,16 @@ std::optional<OggStream> readOggStream(Input& input, int index) {
     }
     if (index < 0 || static_cast<std::size_t>(index) >= serials.size()) return std::nullopt;
     // Headers carry granule position 0; the first that is not 0 is sound.
-    if (page->serial != serials[static_cast<std::size_t>(index)] || page->granule <= 0) continue;
-    stream.granules.first = page->granule;
-    stream.granules.packetsOnFirstPage = page->packetsEnded;
-    stream.granules.isOnlyPage = (page->flags & endsStream) != 0;
-    found = true;
+    const std::uint32_t serial = serials[static_cast<std::size_t>(index)];
+    if (page->serial != serial || page->granule <= 0) continue;
+    const std::int64_t last = lastGranule(input, serial);
+    if (last < 0) return std::nullopt;
+    return OggGranules{.first = page->granule,
+                       .packetsOnFirstPage = page->packetsEnded,
+                       .isOnlyPage = (page->flags & endsStream) != 0,
+                       .last = last};
   }
-  if (!found) return std::nullopt;
-  const Tail tail = readTail(input, serials[static_cast<std::size_t>(index)]);
-  stream.isChained =
-      !tail.lastSerial || std::ranges::find(serials, *tail.lastSerial) == serials.end();
-  stream.granules.last = tail.lastGranule.value_or(-1);
-  return stream;
+  return std::nullopt;
 }
 
 }  // namespace quibel::ffmpeg

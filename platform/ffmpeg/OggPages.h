@@ -1,20 +1,20 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "platform/ffmpeg/Extent.h"
 #include "platform/ffmpeg/Input.h"
 
 namespace quibel::ffmpeg {
 
-/// What the pages of an Ogg file (RFC 3533) say about one of its streams.
-struct OggStream {
-  OggGranules granules;
-  bool isChained = false;  ///< other streams follow after its end
-};
+/// The byte positions at which the links of an Ogg file (RFC 3533, 4) begin: one,
+/// unless several songs were put one behind the other. Empty where the file does
+/// not begin with a page.
+std::vector<std::int64_t> readOggLinks(Input& input);
 
-/// Reads the file's first pages and its last ones. `index` counts the streams
-/// in the order of their first pages. Nothing where the pages make no sense.
-std::optional<OggStream> readOggStream(Input& input, int index);
+/// What the pages of a single link say about one of its streams, `index` counting
+/// them in the order of their first pages. Nothing where they make no sense.
+std::optional<OggGranules> readOggGranules(Input& input, int index);
 
 }  // namespace quibel::ffmpeg

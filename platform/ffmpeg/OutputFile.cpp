@@ -1,11 +1,11 @@
 #include "platform/ffmpeg/OutputFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "platform/ffmpeg/Errors.h"
 

@@ -48,8 +48,8 @@ constexpr std::size_t firstPackets = 255;
 
 }  // namespace
 
-platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
-                                           PacketClock& clock, std::int64_t limit) {
+platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer, PacketClock& clock,
+                                           std::int64_t limit) {
   const PacketPointer packet(av_packet_alloc());
   if (!packet) throw std::bad_alloc();
   PacketCount tally;

@@ -27,7 +27,7 @@ struct PacketCount {
 
 /// Reads a stream's packets, at most `limit`, without decoding them. Throws
 /// std::bad_alloc.
-platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
-                                           PacketClock& clock, std::int64_t limit);
+platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer, PacketClock& clock,
+                                           std::int64_t limit);
 
 }  // namespace quibel::ffmpeg

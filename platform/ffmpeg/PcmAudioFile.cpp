@@ -58,8 +58,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
   file->format_ = {static_cast<double>(codec.sample_rate),
                    static_cast<std::uint32_t>(codec.ch_layout.nb_channels)};
   file->codec_ = codec.codec_id;
-  file->frameSize_ =
-      std::int64_t{bytesPerSample(codec.codec_id)} * codec.ch_layout.nb_channels;
+  file->frameSize_ = std::int64_t{bytesPerSample(codec.codec_id)} * codec.ch_layout.nb_channels;
 
   const auto head = rangeOfPackets(*input, demuxer, 1);
   if (!head) return std::unexpected(head.error());
@@ -99,8 +98,8 @@ platform::Result<void> PcmAudioFile::read(platform::AudioPCMBuffer& into,
   const std::size_t framesPerChunk = std::max<std::size_t>(1, chunkSize / frameSize);
   bytes_.resize(framesPerChunk * frameSize);
   for (std::uint32_t filled = 0; filled < wanted;) {
-    const auto count = static_cast<std::uint32_t>(
-        std::min<std::size_t>(wanted - filled, framesPerChunk));
+    const auto count =
+        static_cast<std::uint32_t>(std::min<std::size_t>(wanted - filled, framesPerChunk));
     const auto bytes = std::span(bytes_).first(count * frameSize);
     if (input_->readAt(dataBegin_ + position_ * frameSize_, bytes) !=
         static_cast<int>(bytes.size())) {

@@ -15,8 +15,8 @@ class PcmAudioFile final : public platform::AudioFile {
   /// Whether a stream is of this kind.
   static bool canRead(const Demuxer& demuxer);
 
-  static platform::Result<std::unique_ptr<platform::AudioFile>> open(
-      std::shared_ptr<Input> input, Demuxer& demuxer);
+  static platform::Result<std::unique_ptr<platform::AudioFile>> open(std::shared_ptr<Input> input,
+                                                                     Demuxer& demuxer);
 
   std::int64_t length() const override { return length_; }
   platform::AudioFormat processingFormat() const override { return format_; }

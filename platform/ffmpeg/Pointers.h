@@ -41,7 +41,8 @@ struct FreeFormatOutput {
 using PacketPointer = std::unique_ptr<AVPacket, FreeByAddress<av_packet_free>>;
 using FramePointer = std::unique_ptr<AVFrame, FreeByAddress<av_frame_free>>;
 using CodecPointer = std::unique_ptr<AVCodecContext, FreeByAddress<avcodec_free_context>>;
-using ParametersPointer = std::unique_ptr<AVCodecParameters, FreeByAddress<avcodec_parameters_free>>;
+using ParametersPointer =
+    std::unique_ptr<AVCodecParameters, FreeByAddress<avcodec_parameters_free>>;
 using InputFormatPointer = std::unique_ptr<AVFormatContext, FreeByAddress<avformat_close_input>>;
 using OutputFormatPointer = std::unique_ptr<AVFormatContext, FreeFormatOutput>;
 using ResamplerPointer = std::unique_ptr<SwrContext, FreeByAddress<swr_free>>;

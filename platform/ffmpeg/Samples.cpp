@@ -180,8 +180,7 @@ bool withStoredType(AVCodecID codec, Visit visit) {
 
 }  // namespace
 
-bool copySamples(const AVFrame& frame, int first, int count, float* const* out,
-                 std::uint32_t at) {
+bool copySamples(const AVFrame& frame, int first, int count, float* const* out, std::uint32_t at) {
   const auto format = static_cast<AVSampleFormat>(frame.format);
   const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
   switch (av_get_packed_sample_fmt(format)) {

@@ -51,10 +51,9 @@ bool SectionConverter::setUp(const AVFrame& frame) {
   AVChannelLayout to{};
   av_channel_layout_default(&to, static_cast<int>(format_.channelCount));
   SwrContext* resampler = nullptr;
-  const int code = swr_alloc_set_opts2(&resampler, &to, AV_SAMPLE_FMT_FLTP,
-                                       static_cast<int>(format_.sampleRate), &from,
-                                       static_cast<AVSampleFormat>(frame.format),
-                                       frame.sample_rate, 0, nullptr);
+  const int code = swr_alloc_set_opts2(
+      &resampler, &to, AV_SAMPLE_FMT_FLTP, static_cast<int>(format_.sampleRate), &from,
+      static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
   av_channel_layout_uninit(&from);
   av_channel_layout_uninit(&to);
   resampler_.reset(resampler);

@@ -1,10 +1,5 @@
 #include "tests/support/TestAudio.h"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <stdlib.h>
-#include <sys/wait.h>
-
 #include <algorithm>
 #include <bit>
 #include <cerrno>
@@ -17,6 +12,11 @@
 #include <span>
 #include <stdexcept>
 #include <system_error>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/wait.h>
 
 extern char** environ;
 
@@ -106,8 +106,8 @@ Sound sine(int rate, int channels, std::size_t frames, double frequency, float l
   Sound sound = silence(rate, channels, frames);
   for (auto& channel : sound.channels) {
     for (std::size_t i = 0; i < frames; ++i) {
-      channel[i] = level * static_cast<float>(
-                               std::sin(tau * frequency * static_cast<double>(i) / rate));
+      channel[i] =
+          level * static_cast<float>(std::sin(tau * frequency * static_cast<double>(i) / rate));
     }
   }
   return sound;

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
@@ -50,8 +50,7 @@ Difference compare(const Sound& whole, const Sound& damaged) {
 }
 
 TEST_F(Damage, FailingFlacPacketBecomesSilenceOfItsLength) {
-  const Sound whole =
-      decodedAndDamaged("song.flac", {"flac", "-s", "-o", "{out}", "{in}"}, 200);
+  const Sound whole = decodedAndDamaged("song.flac", {"flac", "-s", "-o", "{out}", "{in}"}, 200);
   const Sound damaged = readAll(file("song.flac"));
   ASSERT_EQ(damaged.frames(), whole.frames());
   const Difference difference = compare(whole, damaged);
@@ -71,17 +70,16 @@ TEST_F(Damage, FailingAacPacketsLeaveTheRestInItsPlace) {
 }
 
 TEST_F(Damage, BrokenMp3FramesLeaveTheRestInItsPlace) {
-  const Sound whole =
-      decodedAndDamaged("song.mp3", {"lame", "--quiet", "{in}", "{out}"}, 300);
+  const Sound whole = decodedAndDamaged("song.mp3", {"lame", "--quiet", "{in}", "{out}"}, 300);
   const Sound damaged = readAll(file("song.mp3"));
   ASSERT_EQ(damaged.frames(), whole.frames());
   EXPECT_LT(compare(whole, damaged).last, 300'000U);
 }
 
 TEST_F(Damage, LostOggPageBecomesSilenceAndLeavesTheRestInItsPlace) {
-  for (const auto& command : {std::vector<std::string>{"oggenc", "-Q", "-o", "{out}", "{in}"},
-                              std::vector<std::string>{"flac", "-s", "-f", "--ogg", "-o", "{out}",
-                                                       "{in}"}}) {
+  for (const auto& command :
+       {std::vector<std::string>{"oggenc", "-Q", "-o", "{out}", "{in}"},
+        std::vector<std::string>{"flac", "-s", "-f", "--ogg", "-o", "{out}", "{in}"}}) {
     const Sound whole = decodedAndDamaged("song.ogg", command, 20);
     const Sound damaged = readAll(file("song.ogg"));
     ASSERT_EQ(damaged.frames(), whole.frames()) << command[0];

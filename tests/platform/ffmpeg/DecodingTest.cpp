@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"

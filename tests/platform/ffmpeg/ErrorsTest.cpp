@@ -160,8 +160,7 @@ TEST_F(Errors, StopRequestEndsOpening) {
   writeWav(file("song.wav"), noise(44'100, 2, 44'100));
   std::stop_source stop;
   stop.request_stop();
-  const auto song =
-      ffmpeg::openAudioFile(platform::FileURL(file("song.wav")), stop.get_token());
+  const auto song = ffmpeg::openAudioFile(platform::FileURL(file("song.wav")), stop.get_token());
   ASSERT_FALSE(song);
   EXPECT_EQ(song.error().localizedDescription(), "La operación se ha cancelado.");
 }

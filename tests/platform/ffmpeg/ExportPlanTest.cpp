@@ -38,13 +38,11 @@ TEST(ExportPlan, FragmentBeginsAtTheFrameOfItsStart) {
 
 TEST(ExportPlan, FramesAreRoundedDown) {
   EXPECT_EQ(fragmentOf(range(0, 1.0 / 600), 100'000, 44'100, 44'100).outputFrames, 73);
-  EXPECT_EQ(fragmentOf(range(0, 39.999), 10'000'000, 48'000, 48'000).outputFrames,
-            23'999 * 80);
+  EXPECT_EQ(fragmentOf(range(0, 39.999), 10'000'000, 48'000, 48'000).outputFrames, 23'999 * 80);
 }
 
 TEST(ExportPlan, WhatLiesBeforeTheSongIsLeftOut) {
-  EXPECT_EQ(fragmentOf(range(-0.25, 1), 100'000, 44'100, 44'100),
-            (Fragment{0, 33'075, 33'075}));
+  EXPECT_EQ(fragmentOf(range(-0.25, 1), 100'000, 44'100, 44'100), (Fragment{0, 33'075, 33'075}));
   EXPECT_EQ(fragmentOf(range(-2, 1), 100'000, 44'100, 44'100).outputFrames, 0);
 }
 
@@ -56,8 +54,7 @@ TEST(ExportPlan, WhatLiesBehindTheSongIsLeftOut) {
 TEST(ExportPlan, ResampledFramesFillTheRange) {
   EXPECT_EQ(fragmentOf(range(1, 40), 100'000'000, 96'000, 48'000),
             (Fragment{96'000, 3'840'000, 1'920'000}));
-  EXPECT_EQ(fragmentOf(range(0, 1.0 / 600), 100'000, 22'050, 44'100),
-            (Fragment{0, 37, 73}));
+  EXPECT_EQ(fragmentOf(range(0, 1.0 / 600), 100'000, 22'050, 44'100), (Fragment{0, 37, 73}));
   // A song that ends first: no more than it has.
   EXPECT_EQ(fragmentOf(range(0, 40), 22'051, 22'050, 44'100).outputFrames, 44'102);
 }
@@ -79,8 +76,7 @@ TEST(ExportPlan, TimesBeyondAllSongsGiveNothing) {
   EXPECT_EQ(fragmentOf({{most, 600}, {600, 600}}, 1'000'000, 44'100, 44'100).outputFrames, 0);
   EXPECT_EQ(fragmentOf({{least, 600}, {600, 600}}, 1'000'000, 44'100, 44'100).outputFrames, 0);
   EXPECT_EQ(fragmentOf({{0, 600}, {least, 600}}, 1'000'000, 44'100, 44'100).outputFrames, 0);
-  EXPECT_EQ(fragmentOf({{0, 600}, {most, 600}}, 1'000'000, 44'100, 44'100).outputFrames,
-            1'000'000);
+  EXPECT_EQ(fragmentOf({{0, 600}, {most, 600}}, 1'000'000, 44'100, 44'100).outputFrames, 1'000'000);
 }
 
 }  // namespace

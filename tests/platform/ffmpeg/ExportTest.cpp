@@ -1,11 +1,11 @@
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include <cmath>
 #include <csignal>
 #include <future>
 #include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "platform/ffmpeg/ExportSession.h"
 #include "tests/platform/ffmpeg/Boxes.h"
@@ -24,8 +24,8 @@ class Export : public testing::Test {
 
   /// Exports and waits for the end.
   std::shared_ptr<platform::ExportSession> exportSong(const std::filesystem::path& song,
-                                                      const std::filesystem::path& to,
-                                                      double start, double duration) {
+                                                      const std::filesystem::path& to, double start,
+                                                      double duration) {
     auto session = ffmpeg::makeExportSession(FileURL(song));
     if (!session) throw std::runtime_error("no session");
     session->setOutputURL(FileURL(to));
@@ -97,9 +97,26 @@ TEST_F(Export, OneAacTrackWithItsIndexInFrontAndNothingOfItsMaker) {
   writeWav(file("s.wav"), song(44'100, 2, 44'100));
   run({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc", "-frames:v", "1",
        file("art.png").string()});
-  run({"ffmpeg", "-v", "error", "-i", file("s.wav").string(), "-i", file("art.png").string(),
-       "-map", "0", "-map", "1", "-c:a", "libmp3lame", "-c:v", "copy", "-disposition:v",
-       "attached_pic", "-metadata", "title=Mi canción", file("song.mp3").string()});
+  run({"ffmpeg",
+       "-v",
+       "error",
+       "-i",
+       file("s.wav").string(),
+       "-i",
+       file("art.png").string(),
+       "-map",
+       "0",
+       "-map",
+       "1",
+       "-c:a",
+       "libmp3lame",
+       "-c:v",
+       "copy",
+       "-disposition:v",
+       "attached_pic",
+       "-metadata",
+       "title=Mi canción",
+       file("song.mp3").string()});
   const Boxes boxes = exported(file("song.mp3"), 0, 1);
   std::vector<std::string> order;
   for (const auto& box : boxes.topLevel()) {
@@ -196,19 +213,18 @@ TEST_P(ExportOfForm, GivesTheRateChannelsPlaceAndLevel) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, ExportOfForm,
-    testing::Values(Form{44'100, 1, 44'100, 1}, Form{44'100, 2, 44'100, 2},
-                    Form{48'000, 2, 48'000, 2}, Form{8'000, 1, 48'000, 1},
-                    Form{11'025, 2, 44'100, 2}, Form{22'050, 1, 44'100, 1},
-                    Form{32'000, 2, 48'000, 2}, Form{88'200, 2, 44'100, 2},
-                    Form{96'000, 2, 48'000, 2}, Form{192'000, 1, 48'000, 1},
-                    Form{48'000, 6, 48'000, 2}, Form{44'100, 3, 44'100, 2},
-                    Form{44'100, 8, 44'100, 2}),
-    [](const auto& parameter) {
-      return "Rate" + std::to_string(parameter.param.rate) + "Channels" +
-             std::to_string(parameter.param.channels);
-    });
+INSTANTIATE_TEST_SUITE_P(Forms, ExportOfForm,
+                         testing::Values(Form{44'100, 1, 44'100, 1}, Form{44'100, 2, 44'100, 2},
+                                         Form{48'000, 2, 48'000, 2}, Form{8'000, 1, 48'000, 1},
+                                         Form{11'025, 2, 44'100, 2}, Form{22'050, 1, 44'100, 1},
+                                         Form{32'000, 2, 48'000, 2}, Form{88'200, 2, 44'100, 2},
+                                         Form{96'000, 2, 48'000, 2}, Form{192'000, 1, 48'000, 1},
+                                         Form{48'000, 6, 48'000, 2}, Form{44'100, 3, 44'100, 2},
+                                         Form{44'100, 8, 44'100, 2}),
+                         [](const auto& parameter) {
+                           return "Rate" + std::to_string(parameter.param.rate) + "Channels" +
+                                  std::to_string(parameter.param.channels);
+                         });
 
 TEST_F(Export, DownmixKeepsTheCentreAndDoesNotClip) {
   // In 5.1 the third channel is the centre.
@@ -243,8 +259,7 @@ TEST_F(Export, RangeWithoutAnyFrameFails) {
   for (const double start : {-3.0, 1.0, 5.0}) {
     const auto session = exportSong(path, file("tone.m4a"), start, 1);
     EXPECT_EQ(session->status(), ExportStatus::failed);
-    EXPECT_EQ(session->error()->localizedDescription(),
-              "El fragmento elegido no contiene audio.");
+    EXPECT_EQ(session->error()->localizedDescription(), "El fragmento elegido no contiene audio.");
     EXPECT_FALSE(std::filesystem::exists(file("tone.m4a")));
   }
 }
@@ -257,8 +272,8 @@ TEST_F(Export, EveryKindOfSongCanBeExported) {
     const Movie movie(exported(path, 0.5, 1));
     EXPECT_EQ(movie.editDuration, movie.movieTimescale) << format.name;
     const auto whole = readAll(path);
-    const Sound expected = cut(whole, static_cast<std::size_t>(whole.rate / 2),
-                               static_cast<std::size_t>(whole.rate));
+    const Sound expected =
+        cut(whole, static_cast<std::size_t>(whole.rate / 2), static_cast<std::size_t>(whole.rate));
     EXPECT_EQ(lagBehind(expected, readAll(file("tone.m4a")), 100, 100, 20'000), 0) << format.name;
   }
 }
@@ -279,7 +294,7 @@ TEST_F(Export, PermissionsFollowTheUmask) {
   const mode_t before = umask(027);
   static_cast<void>(exported(path, 0, 1));
   umask(before);
-  struct stat status {};
+  struct stat status{};
   ASSERT_EQ(stat(file("tone.m4a").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0640U);
 }
@@ -321,8 +336,7 @@ TEST_F(Export, SongCutAfterTheSessionWasMadeFails) {
 }
 
 TEST_F(Export, FolderThatIsNotThere) {
-  const auto session =
-      exportSong(wav(song(44'100, 1, 44'100)), file("no/tone.m4a"), 0, 1);
+  const auto session = exportSong(wav(song(44'100, 1, 44'100)), file("no/tone.m4a"), 0, 1);
   EXPECT_EQ(session->status(), ExportStatus::failed);
   EXPECT_EQ(session->error()->localizedDescription(),
             "No se puede crear el archivo temporal (No such file or directory).");
@@ -344,8 +358,8 @@ TEST_F(Export, FileSizeLimitFailsAtEveryPlaceWhereItMayStrike) {
   // the middle, at the last bytes, and at the index.
   static_cast<void>(exported(path, 0, 7));
   const auto size = std::filesystem::file_size(file("tone.m4a"));
-  for (const rlim_t limit : {rlim_t{0}, rlim_t{10}, rlim_t{4'000}, rlim_t{size / 2},
-                             rlim_t{size - 1}}) {
+  for (const rlim_t limit :
+       {rlim_t{0}, rlim_t{10}, rlim_t{4'000}, rlim_t{size / 2}, rlim_t{size - 1}}) {
     std::filesystem::remove(file("tone.m4a"));
     rlimit less = before;
     less.rlim_cur = limit;

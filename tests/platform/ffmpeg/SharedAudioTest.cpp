@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
@@ -41,8 +41,7 @@ TEST(SharedAudio, FilesHaveTheirKnownRateChannelsAndLength) {
     const auto song = ffmpeg::openAudioFile(platform::FileURL(*folder / row.file));
     if (!song) {
       // Where decoders disagree, or agree on nothing, refusing is an answer too.
-      EXPECT_TRUE(row.frames == "-" || row.frames == "0")
-          << song.error().localizedDescription();
+      EXPECT_TRUE(row.frames == "-" || row.frames == "0") << song.error().localizedDescription();
       continue;
     }
     if (row.frames != "-") {

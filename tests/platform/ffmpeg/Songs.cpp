@@ -46,8 +46,8 @@ Sound readAll(platform::AudioFile& song) {
     const Sound part = readFrames(song, 4099);
     if (part.frames() == 0) return whole;
     for (std::size_t channel = 0; channel < whole.channels.size(); ++channel) {
-      whole.channels[channel].insert(whole.channels[channel].end(),
-                                     part.channels[channel].begin(), part.channels[channel].end());
+      whole.channels[channel].insert(whole.channels[channel].end(), part.channels[channel].begin(),
+                                     part.channels[channel].end());
     }
   }
 }
@@ -61,8 +61,8 @@ float greatestDifference(const Sound& whole, std::size_t at, const Sound& part) 
   float greatest = 0;
   for (std::size_t channel = 0; channel < whole.channels.size(); ++channel) {
     for (std::size_t i = 0; i < part.frames(); ++i) {
-      greatest = std::max(
-          greatest, std::fabs(whole.channels[channel][at + i] - part.channels[channel][i]));
+      greatest = std::max(greatest,
+                          std::fabs(whole.channels[channel][at + i] - part.channels[channel][i]));
     }
   }
   return greatest;
