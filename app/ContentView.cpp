@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
-#include <optional>
+#include <algorithm>
 
 #include "app/AlertDialog.h"
 #include "app/Header.h"
@@ -19,12 +19,8 @@
 namespace quibel {
 namespace {
 
-// The first of the dragged items that is a file; the others do not count.
-std::optional<platform::FileURL> firstFile(const QMimeData& data) {
-  for (const QUrl& url : data.urls()) {
-    if (auto file = desktop::fileURL(url)) return file;
-  }
-  return std::nullopt;
+bool carriesFile(const QMimeData& data) {
+  return std::ranges::any_of(data.urls(), [](const QUrl& url) { return desktop::fileURL(url); });
 }
 
 }  // namespace
@@ -116,7 +112,7 @@ void ContentView::paintEvent(QPaintEvent*) {
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event) {
-  if (!firstFile(*event->mimeData())) return event->ignore();
+  if (!carriesFile(*event->mimeData())) return event->ignore();
   event->setDropAction(Qt::CopyAction);
   event->accept();
   welcome_->setDropping(true);
@@ -126,11 +122,13 @@ void ContentView::dragLeaveEvent(QDragLeaveEvent*) { welcome_->setDropping(false
 
 void ContentView::dropEvent(QDropEvent* event) {
   welcome_->setDropping(false);
-  const auto file = firstFile(*event->mimeData());
-  if (!file) return event->ignore();
+  if (!carriesFile(*event->mimeData())) return event->ignore();
   // Always a copy: a source that offers to move must not delete the song.
   event->setDropAction(Qt::CopyAction);
   event->accept();
+  // Of several items the first one counts, and nothing happens if it is no file.
+  const auto file = desktop::fileURL(event->mimeData()->urls().front());
+  if (!file) return;
   QMetaObject::invokeMethod(
       this, [editor = editor_, file = *file] { editor->load(file); }, Qt::QueuedConnection);
 }

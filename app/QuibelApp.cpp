@@ -10,7 +10,6 @@ namespace quibel {
 
 QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
   setApplicationName(QStringLiteral("quibel"));
-  setApplicationDisplayName(QStringLiteral("Quibel"));
   setDesktopFileName(QStringLiteral("quibel"));
   desktop::installSpanishTexts(*this);
 }

@@ -96,7 +96,10 @@ void WorkspaceScreen::refresh() {
   } else {
     loop_->setFace(tr("Escuchar en bucle"), Symbol::repeat);
   }
-  export_->setEnabled(!editor_->isBusy());
+  const bool canExport = !editor_->isBusy();
+  // A disabled button hands its focus on to whatever comes next in the window.
+  if (!canExport && export_->hasFocus()) loop_->setFocus();
+  export_->setEnabled(canExport);
 }
 
 void WorkspaceScreen::paintEvent(QPaintEvent*) {

@@ -69,6 +69,12 @@ TEST_F(Drop, OfTwoFilesOnlyTheFirstIsLoaded) {
   EXPECT_FALSE(model->showAlert());
 }
 
+TEST_F(Drop, OfSeveralItemsOnlyTheFirstCountsEvenWhereItIsNoFile) {
+  const auto items = uris("https://example.org/a.mp3\r\nfile:///musica/b.mp3\r\n");
+  EXPECT_EQ(drop(*items), Qt::CopyAction);
+  EXPECT_EQ(loaded(), "");
+}
+
 TEST_F(Drop, AFileThatIsNoAudioIsAcceptedAndEndsInTheAlertOnTheWorkspace) {
   EXPECT_EQ(drop(*uris("file:///notas.txt\r\n")), Qt::CopyAction);
   EXPECT_EQ(loaded(), "/notas.txt");

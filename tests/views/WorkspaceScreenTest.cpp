@@ -51,6 +51,19 @@ TEST_F(Workspace, WhileTheFirstSongLoadsItShowsTheNewNameAndNoTimes) {
   EXPECT_TRUE(exportButton()->isEnabled());
 }
 
+TEST_F(Workspace, AnExportButtonThatIsDisabledLeavesItsFocusToItsNeighbour) {
+  load(25);
+  screen.refresh();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&screen));
+  exportButton()->setFocus();
+  ASSERT_TRUE(exportButton()->hasFocus());
+
+  model->load(addSong("/musica/otra.mp3", 90));
+  screen.refresh();
+
+  EXPECT_TRUE(button(screen, "Escuchar en bucle")->hasFocus());
+}
+
 TEST_F(Workspace, WhileAnotherSongLoadsThePreviousTimesStay) {
   load(25);
   model->load(addSong("/musica/otra.mp3", 90));
