@@ -49,6 +49,10 @@ class Quibel:
         """Where the main window is on the screen."""
         return self._box_of(self.window_id)
 
+    def wait_until_active(self):
+        """Until the panel or alert that was in front has gone."""
+        wait_until(lambda: self._active() == self.window_id, "the main window to be active")
+
     def labels(self):
         """Every text that shows, in the window's order."""
         return [e.name for e in self.screen.elements(PROGRAM) if e.role == "label" and e.name]
@@ -188,7 +192,11 @@ class Quibel:
         return there.x + x - window.box.x - left, there.y + y - window.box.y - top
 
     def _active(self):
-        return self.desktop.run("xdotool", "getactivewindow").decode().strip()
+        """The active window, or None."""
+        try:
+            return self.desktop.run("xdotool", "getactivewindow").decode().strip()
+        except subprocess.CalledProcessError:
+            return None
 
     def _frame(self, window_id):
         """What the window manager drew around a window: left, right, top, bottom."""
@@ -196,10 +204,8 @@ class Quibel:
         return map(int, extents.decode().split("=")[1].split(","))
 
     def _active_box(self):
-        try:
-            return self._box_of(self._active())
-        except subprocess.CalledProcessError:  # while none is active
-            return None
+        active = self._active()
+        return active and self._box_of(active)
 
     def _box_of(self, window_id):
         geometry = self.desktop.run("xdotool", "getwindowgeometry", "--shell", window_id)

@@ -44,7 +44,7 @@ def encoded(path, seconds, *options):
 
 def slow_to_export(path):
     """Writes a song that takes long to convert: many channels at a high rate."""
-    noise = "anoisesrc=r=192000:d=45:a=0.2"
+    noise = "anoisesrc=r=384000:d=45:a=0.2"
     _ffmpeg("-f", "lavfi", "-i", noise, "-ac", "8", "-compression_level", "0", path)
     return path
 

@@ -95,7 +95,7 @@ class Export(Scenario):
         other = songs.tone(self.song("entretanto.wav"), 7)
         drag = self.quibel.offer_files(other)
         self.quibel.export(saved)
-        self.quibel.wait_for("label", "Creando tono…")
+        self.quibel.wait_until_active()
         drag.pick_up().move_over(*self.quibel.middle())
         drag.drop()
         self.assertFalse(saved.exists(), "The export was over before the drop.")
