@@ -20,7 +20,8 @@ namespace quibel {
 namespace {
 
 bool carriesFile(const QMimeData& data) {
-  return std::ranges::any_of(data.urls(), [](const QUrl& url) { return desktop::fileURL(url); });
+  return std::ranges::any_of(data.urls(),
+                             [](const QUrl& url) { return desktop::fileURL(url).has_value(); });
 }
 
 }  // namespace

@@ -106,7 +106,7 @@ void ActionButton::paintEvent(QPaintEvent*) {
   int x = (width() - contentWidth()) / 2;
   if (symbol_) {
     const int side = symbolSide();
-    paintSymbol(painter, *symbol_, QRectF(x, (height() - side) / 2, side, side), face.text);
+    paintSymbol(painter, *symbol_, QRect(x, (height() - side) / 2, side, side), face.text);
     x += side + symbolGap;
   }
   painter.setPen(face.text);
