@@ -32,15 +32,15 @@ void exportTone(const std::string& song, const std::string& to, double start) {
 void run() {
   const test::TemporaryDirectory directory;
   const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
-  std::printf("Making five minutes of stereo at 44.1 kHz …\n");
-  test::writeWav(file("song.wav"), test::song(44'100, 2, 300 * 44'100));
+  print("Making five minutes of stereo at 44.1 kHz …\n");
+  test::writeWav(file("song.wav"), test::song(44'100, 2, std::size_t{300} * 44'100));
   test::run({"flac", "-s", "-o", file("song.flac"), file("song.wav")});
   test::run({"lame", "--quiet", file("song.wav"), file("song.mp3")});
   test::run({"ffmpeg", "-v", "error", "-i", file("song.wav"), file("song.m4a")});
   test::run({"oggenc", "-Q", "-o", file("song.ogg"), file("song.wav")});
 
-  std::printf("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
-  std::printf("%-10s %8s %10s %10s %10s\n", "file", "from s", "export", "ffmpeg", "ratio");
+  print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
+  print("%-10s %8s %10s %10s %10s\n", "file", "from s", "export", "ffmpeg", "ratio");
   for (const std::string name : {"song.wav", "song.flac", "song.mp3", "song.m4a", "song.ogg"}) {
     for (const double start : {0.0, 255.0}) {
       const auto from = std::to_string(start);
@@ -52,9 +52,8 @@ void run() {
                                     "-f", "ipod", file("other.m4a")});
            }},
           rounds);
-      std::printf("%-10s %8.0f %10.1f %10.1f %10.2f\n", name.c_str(), start,
-                  times[0].processor * 1e3, times[1].processor * 1e3,
-                  times[0].processor / times[1].processor);
+      print("%-10s %8.0f %10.1f %10.1f %10.2f\n", name.c_str(), start, times[0].processor * 1e3,
+            times[1].processor * 1e3, times[0].processor / times[1].processor);
     }
   }
 }
@@ -66,6 +65,6 @@ int main() try {
   quibel::benchmarks::run();
   return EXIT_SUCCESS;
 } catch (const std::exception& error) {
-  std::fprintf(stderr, "%s\n", error.what());
+  quibel::benchmarks::print("%s\n", error.what());
   return EXIT_FAILURE;
 }

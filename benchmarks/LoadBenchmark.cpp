@@ -92,8 +92,8 @@ void readMaximum(const std::filesystem::path& file) {
 void run() {
   const test::TemporaryDirectory directory;
   const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
-  std::printf("Making five minutes of stereo at 44.1 kHz …\n");
-  test::writeWav(file("song.wav"), test::song(44'100, 2, 300 * 44'100));
+  print("Making five minutes of stereo at 44.1 kHz …\n");
+  test::writeWav(file("song.wav"), test::song(44'100, 2, std::size_t{300} * 44'100));
   const std::vector<Song> songs{
       {"song.wav", {}},
       {"song.flac", {"flac", "-s", "-o", file("song.flac"), file("song.wav")}},
@@ -106,9 +106,9 @@ void run() {
   }
   av_log_set_level(AV_LOG_QUIET);
 
-  std::printf("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
-  std::printf("%-10s %8s %8s %8s | %8s %8s %8s | %14s\n", "file", "load", "bare", "ffmpeg",
-              "/ bare", "/ ffmpeg", "wall", "wall of bare");
+  print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
+  print("%-10s %8s %8s %8s | %8s %8s %8s | %14s\n", "file", "load", "bare", "ffmpeg", "/ bare",
+        "/ ffmpeg", "wall", "wall of bare");
   for (const Song& song : songs) {
     const std::filesystem::path path = file(song.name);
     const bool isPCM = song.name == "song.wav";
@@ -119,10 +119,10 @@ void run() {
            return measureProgram({"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
          }},
         rounds);
-    std::printf("%-10s %8.1f %8.1f %8.1f | %8.2f %8.2f %8.2f | %14.1f\n", song.name.c_str(),
-                times[0].processor * 1e3, times[1].processor * 1e3, times[2].processor * 1e3,
-                times[0].processor / times[1].processor, times[0].processor / times[2].processor,
-                times[0].wall / times[1].wall, times[1].wall * 1e3);
+    print("%-10s %8.1f %8.1f %8.1f | %8.2f %8.2f %8.2f | %14.1f\n", song.name.c_str(),
+          times[0].processor * 1e3, times[1].processor * 1e3, times[2].processor * 1e3,
+          times[0].processor / times[1].processor, times[0].processor / times[2].processor,
+          times[0].wall / times[1].wall, times[1].wall * 1e3);
   }
 }
 
@@ -133,6 +133,6 @@ int main() try {
   quibel::benchmarks::run();
   return EXIT_SUCCESS;
 } catch (const std::exception& error) {
-  std::fprintf(stderr, "%s\n", error.what());
+  quibel::benchmarks::print("%s\n", error.what());
   return EXIT_FAILURE;
 }

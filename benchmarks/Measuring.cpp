@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <stdexcept>
 
 #include <sys/resource.h>
 #include <time.h>
@@ -14,7 +17,7 @@ namespace {
 
 double processorSeconds() {
   timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time) != 0) throw std::runtime_error("no clock");
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
@@ -44,6 +47,14 @@ double median(std::vector<double> values) {
 
 }  // namespace
 
+void print(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int written = std::vprintf(format, arguments);
+  va_end(arguments);
+  if (written < 0 || std::fflush(stdout) != 0) throw std::runtime_error("cannot print");
+}
+
 Times measure(const std::function<void()>& work) { return measureWith(processorSeconds, work); }
 
 Times measureProgram(const std::vector<std::string>& command) {
@@ -61,6 +72,7 @@ std::vector<Times> medians(const std::vector<std::function<Times()>>& works, int
     }
   }
   std::vector<Times> result;
+  result.reserve(works.size());
   for (std::size_t i = 0; i < works.size(); ++i) {
     result.push_back({median(processor[i]), median(wall[i])});
   }

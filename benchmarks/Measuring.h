@@ -12,6 +12,9 @@ struct Times {
   double wall = 0;
 };
 
+/// std::printf() at once; throws where it fails.
+[[gnu::format(printf, 1, 2)]] void print(const char* format, ...);
+
 /// Runs `work` once in this process.
 Times measure(const std::function<void()>& work);
 

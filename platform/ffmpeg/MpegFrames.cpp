@@ -77,7 +77,7 @@ std::optional<MpegHeader> parseMpegHeader(std::span<const std::uint8_t> bytes) {
   header.isMono = (bytes[3] & 0xC0U) == 0xC0U;
   const int bitRate = 1000 * bitRatesOf(header.isVersion1, header.layer)[bytes[2] >> 4U];
   if (bitRate == 0) return std::nullopt;
-  const int padding = bytes[2] >> 1U & 1U;
+  const int padding = static_cast<int>(bytes[2] >> 1U & 1U);
   if (header.layer == 1) {
     header.frames = 384;
     header.size = (12 * bitRate / header.sampleRate + padding) * 4;

@@ -10,7 +10,7 @@ namespace quibel::ffmpeg {
 namespace {
 
 constexpr std::int64_t headerSize = 27;
-constexpr std::int64_t largestPage = headerSize + 255 + 255 * 255;
+constexpr std::int64_t largestPage = headerSize + 255 + std::int64_t{255} * 255;
 constexpr unsigned beginsStream = 2;
 constexpr unsigned endsStream = 4;
 

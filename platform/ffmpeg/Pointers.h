@@ -29,7 +29,7 @@ struct FreeByAddress {
 struct FreeIO {
   void operator()(AVIOContext* io) const {
     // FFmpeg may have replaced the buffer that it was given.
-    av_freep(&io->buffer);
+    av_freep(static_cast<void*>(&io->buffer));
     avio_context_free(&io);
   }
 };

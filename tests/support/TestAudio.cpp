@@ -192,8 +192,9 @@ Sound quantized(const Sound& sound, WavFormat format) {
 }
 
 void run(const std::vector<std::string>& command) {
-  std::vector<char*> arguments;
   std::vector<std::string> copies = command;
+  std::vector<char*> arguments;
+  arguments.reserve(copies.size() + 1);
   for (std::string& copy : copies) arguments.push_back(copy.data());
   arguments.push_back(nullptr);
 
@@ -238,7 +239,7 @@ void writeBytes(const std::filesystem::path& file, const std::vector<std::uint8_
 }
 
 std::optional<std::filesystem::path> sharedAudio() {
-  const std::filesystem::path folder = QUIBEL_SHARED_AUDIO;
+  std::filesystem::path folder = QUIBEL_SHARED_AUDIO;
   if (!std::filesystem::exists(folder / "frames.tsv")) return std::nullopt;
   return folder;
 }

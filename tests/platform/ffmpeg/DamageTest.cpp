@@ -116,7 +116,7 @@ class Truncated : public testing::TestWithParam<SongFormat> {};
 TEST_P(Truncated, FileGivesWhatIsThere) {
   const TemporaryDirectory directory;
   const auto wav = directory.path() / "s.wav";
-  writeWav(wav, song(GetParam().rate, 2, 5 * 44'100));
+  writeWav(wav, song(GetParam().rate, 2, std::size_t{5} * 44'100));
   const auto path = makeSong(GetParam(), wav);
   const Sound whole = readAll(path);
   auto bytes = readBytes(path);

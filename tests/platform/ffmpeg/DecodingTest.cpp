@@ -45,7 +45,7 @@ TEST_P(Decoding, EverySampleIsInItsPlace) {
 }
 
 TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
-  const auto file = make(test::song(GetParam().rate, 2, 7 * 44'100 + 77));
+  const auto file = make(test::song(GetParam().rate, 2, std::size_t{7} * 44'100 + 77));
   const Sound whole = readAll(file);
   const auto song = openSong(file);
   std::mt19937_64 random(7);

@@ -135,7 +135,7 @@ TEST_F(Errors, FileThatCannotBeReadFromTheDisk) {
 
 TEST_F(Errors, FileCutWhileItIsRead) {
   for (const char* name : {"song.wav", "song.flac"}) {
-    writeWav(file("s.wav"), noise(44'100, 2, 20 * 44'100));
+    writeWav(file("s.wav"), noise(44'100, 2, std::size_t{20} * 44'100));
     std::filesystem::remove(file(name));
     run({"ffmpeg", "-v", "error", "-i", file("s.wav").string(), file(name).string()});
     const auto song = openSong(file(name));
@@ -158,7 +158,7 @@ TEST_F(Errors, FileRemovedWhileItIsReadGoesOn) {
 
 TEST_F(Errors, StopRequestEndsOpening) {
   writeWav(file("song.wav"), noise(44'100, 2, 44'100));
-  std::stop_source stop;
+  const std::stop_source stop;
   stop.request_stop();
   const auto song = ffmpeg::openAudioFile(platform::FileURL(file("song.wav")), stop.get_token());
   ASSERT_FALSE(song);
@@ -166,10 +166,10 @@ TEST_F(Errors, StopRequestEndsOpening) {
 }
 
 TEST_F(Errors, StopRequestEndsReading) {
-  writeWav(file("s.wav"), noise(44'100, 2, 30 * 44'100));
+  writeWav(file("s.wav"), noise(44'100, 2, std::size_t{30} * 44'100));
   run({"lame", "--quiet", file("s.wav").string(), file("s.mp3").string()});
   for (const char* name : {"s.wav", "s.mp3"}) {
-    std::stop_source stop;
+    const std::stop_source stop;
     const auto song = ffmpeg::openAudioFile(platform::FileURL(file(name)), stop.get_token());
     ASSERT_TRUE(song);
     const auto buffer = (*song)->makeBuffer(4096);

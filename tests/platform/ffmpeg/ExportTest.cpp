@@ -71,7 +71,7 @@ double level(const std::vector<float>& samples, std::size_t from, std::size_t to
 }
 
 TEST_F(Export, BoxesPresentExactlyTheFrames) {
-  const Boxes boxes = exported(wav(song(44'100, 2, 50 * 44'100)), 1.5, 40);
+  const Boxes boxes = exported(wav(song(44'100, 2, std::size_t{50} * 44'100)), 1.5, 40);
   const Movie movie(boxes);
   EXPECT_EQ(movie.brand, "M4A ");
   EXPECT_EQ(movie.movieTimescale, 44'100U);
@@ -84,7 +84,7 @@ TEST_F(Export, BoxesPresentExactlyTheFrames) {
 }
 
 TEST_F(Export, NoPresentedDurationIsAboveFortySeconds) {
-  const auto song = wav(test::song(48'000, 1, 42 * 48'000));
+  const auto song = wav(test::song(48'000, 1, std::size_t{42} * 48'000));
   for (const double start : {0.0, 0.001, 0.777, 1.9999}) {
     const Movie movie(exported(song, start, 40));
     EXPECT_LE(movie.movieDuration, 40 * movie.movieTimescale);
@@ -140,7 +140,7 @@ TEST_F(Export, OneAacTrackWithItsIndexInFrontAndNothingOfItsMaker) {
 }
 
 TEST_F(Export, FirstFrameIsTheSongsFrameAtTheStart) {
-  const Sound source = song(44'100, 2, 10 * 44'100);
+  const Sound source = song(44'100, 2, std::size_t{10} * 44'100);
   const auto path = wav(source);
   for (const double start : {0.0, 0.5, 3.21, 9.5}) {
     const double duration = std::min(2.0, 10 - start);
@@ -160,7 +160,7 @@ TEST_F(Export, FirstFrameIsTheSongsFrameAtTheStart) {
 
 TEST_F(Export, NothingFromBeforeOrBehindTheFragmentIsHeard) {
   // Loud everywhere but in the fragment.
-  Sound source = noise(44'100, 1, 5 * 44'100, 3, 0.9F);
+  Sound source = noise(44'100, 1, std::size_t{5} * 44'100, 3, 0.9F);
   std::fill_n(source.channels[0].begin() + 44'100, 44'100, 0.0F);
   static_cast<void>(exported(wav(source), 1, 1));
   const Sound tone = readAll(file("tone.m4a"));
@@ -180,7 +180,7 @@ class ExportOfForm : public Export, public testing::WithParamInterface<Form> {};
 TEST_P(ExportOfForm, GivesTheRateChannelsPlaceAndLevel) {
   const Form form = GetParam();
   // A tone in one place of two seconds of quiet: its edges tell the place.
-  Sound source = sine(form.rate, form.channels, static_cast<std::size_t>(2 * form.rate), 440, 0.0F);
+  Sound source = sine(form.rate, form.channels, 2 * static_cast<std::size_t>(form.rate), 440, 0.0F);
   const Sound tone = sine(form.rate, form.channels, source.frames(), 440, 0.4F);
   const auto first = static_cast<std::size_t>(form.rate * 3 / 4);
   const auto last = static_cast<std::size_t>(form.rate * 5 / 4);
@@ -195,7 +195,7 @@ TEST_P(ExportOfForm, GivesTheRateChannelsPlaceAndLevel) {
   const Sound result = readAll(file("tone.m4a"));
   ASSERT_EQ(result.channels.size(), form.toChannels);
   ASSERT_EQ(result.frames(), static_cast<std::size_t>(form.toRate));
-  const Sound expected = cut(sine(form.toRate, 1, static_cast<std::size_t>(2 * form.toRate), 440),
+  const Sound expected = cut(sine(form.toRate, 1, 2 * static_cast<std::size_t>(form.toRate), 440),
                              static_cast<std::size_t>(form.toRate / 2), result.frames());
   const auto from = static_cast<std::size_t>(form.toRate * 3 / 10);
   const auto count = static_cast<std::size_t>(form.toRate * 4 / 10);
@@ -279,7 +279,7 @@ TEST_F(Export, EveryKindOfSongCanBeExported) {
 }
 
 TEST_F(Export, OtherProgramsPresentTheSameFrames) {
-  const Sound source = song(44'100, 2, 4 * 44'100);
+  const Sound source = song(44'100, 2, std::size_t{4} * 44'100);
   static_cast<void>(exported(wav(source), 1, 2.5));
   run({"ffmpeg", "-v", "error", "-i", file("tone.m4a").string(), "-c:a", "pcm_f32le",
        file("decoded.wav").string()});
@@ -323,7 +323,7 @@ TEST_F(Export, SongRemovedAfterTheSessionWasMadeIsExportedAllTheSame) {
 }
 
 TEST_F(Export, SongCutAfterTheSessionWasMadeFails) {
-  const auto path = wav(noise(44'100, 2, 20 * 44'100));
+  const auto path = wav(noise(44'100, 2, std::size_t{20} * 44'100));
   const auto session = ffmpeg::makeExportSession(FileURL(path));
   std::filesystem::resize_file(path, 100'000);
   session->setOutputURL(FileURL(file("tone.m4a")));
@@ -350,8 +350,8 @@ TEST_F(Export, NameThatIsTakenIsLeftAlone) {
 }
 
 TEST_F(Export, FileSizeLimitFailsAtEveryPlaceWhereItMayStrike) {
-  const auto path = wav(noise(44'100, 2, 8 * 44'100));
-  std::signal(SIGXFSZ, SIG_IGN);
+  const auto path = wav(noise(44'100, 2, std::size_t{8} * 44'100));
+  ASSERT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   // A whole file takes some 230,000 bytes: the limit strikes at the header, in
@@ -406,7 +406,7 @@ TEST_F(Export, HandlerMayHoldTheLastReference) {
 }
 
 TEST_F(Export, DestructionDuringAnExportEndsItAndCallsTheHandler) {
-  const auto path = wav(noise(44'100, 2, 60 * 44'100));
+  const auto path = wav(noise(44'100, 2, std::size_t{60} * 44'100));
   std::atomic<int> calls = 0;
   {
     const auto session = ffmpeg::makeExportSession(FileURL(path));
@@ -418,8 +418,8 @@ TEST_F(Export, DestructionDuringAnExportEndsItAndCallsTheHandler) {
 }
 
 TEST_F(Export, StopRequestCancels) {
-  const auto path = wav(noise(44'100, 2, 60 * 44'100));
-  std::stop_source stop;
+  const auto path = wav(noise(44'100, 2, std::size_t{60} * 44'100));
+  const std::stop_source stop;
   const auto session = ffmpeg::makeExportSession(FileURL(path), stop.get_token());
   session->setOutputURL(FileURL(file("tone.m4a")));
   session->setTimeRange({makeTime(0, 600), makeTime(40, 600)});
