@@ -51,6 +51,10 @@ void AlertDialog::showMessage(const QString& message) {
     message_->setFixedHeight(message_->heightForWidth(messageWidth));
     setAccessibleDescription(message);
   }
+  adjustSize();
+  // In the middle of the window; a dialog with a frame would be placed higher.
+  const auto* const window = parentWidget()->window();
+  move(window->geometry().center() - rect().center());
   if (!isVisible()) open();
 }
 
