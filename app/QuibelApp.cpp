@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <exception>
 
+#include "app/DesktopAppearance.h"
 #include "app/Window.h"
 #include "platform/desktop/SpanishTexts.h"
 
@@ -15,6 +16,7 @@ QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
 }
 
 int QuibelApp::run() {
+  const DesktopAppearance appearance;
   Window window;
   window.show();
   return exec();

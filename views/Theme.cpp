@@ -52,6 +52,10 @@ QColor fillForWhiteText(const QColor& accent) {
 
 }  // namespace
 
+bool isBuiltInPalette(const QPalette& palette) {
+  return palette.color(QPalette::Active, QPalette::Highlight).rgb() == builtInHighlight;
+}
+
 QColor withOpacity(QColor color, double opacity) {
   color.setAlphaF(static_cast<float>(color.alphaF() * opacity));
   return color;
@@ -79,7 +83,7 @@ Colors colors(const QPalette& palette) {
 
   const auto highlight = opaque(palette.color(QPalette::Active, QPalette::Highlight));
   const QColor blue = c.isDark ? QColor(0x3d, 0x95, 0xff) : QColor(0x0a, 0x6c, 0xf0);
-  c.accent = highlight.rgb() == builtInHighlight ? blue : highlight;
+  c.accent = isBuiltInPalette(palette) ? blue : highlight;
   const bool blackOnAccent = contrastRatio(Qt::white, c.accent) < 2.2;
   c.accentFill = blackOnAccent ? c.accent : fillForWhiteText(c.accent);
   c.onAccentFill = blackOnAccent ? Qt::black : Qt::white;

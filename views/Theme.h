@@ -26,6 +26,9 @@ struct Colors {
 /// our blue as accent.
 Colors colors(const QPalette& palette);
 
+/// Whether `palette` is the one that Qt brings itself, no desktop having given one.
+bool isBuiltInPalette(const QPalette& palette);
+
 /// `color` at `opacity` (0 … 1) of its own.
 QColor withOpacity(QColor color, double opacity);
 
