@@ -63,6 +63,7 @@ void AlertDialog::paintEvent(QPaintEvent*) {
   const auto palette = colors(this->palette());
   painter.fillRect(rect(), palette.windowBackground);
   painter.setPen(withOpacity(palette.text, 0.2));
+  painter.setRenderHint(QPainter::Antialiasing);
   painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 

@@ -110,6 +110,11 @@ void ContentView::paintEvent(QPaintEvent*) {
   gradient.setColorAt(0, palette.windowBackground);
   gradient.setColorAt(1, blended(palette.accent, 0.09, palette.windowBackground));
   painter.fillRect(rect(), gradient);
+  if (window()->isMaximized()) return;
+  // Where the window ends, as nothing else draws a frame around it.
+  painter.setPen(withOpacity(palette.text, 0.14));
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event) {

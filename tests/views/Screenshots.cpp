@@ -1,0 +1,161 @@
+// Pictures of the window in every state, light and dark, at one and two pixels a
+// point, into the folder that is named on the command line.
+
+#include <QApplication>
+#include <QDir>
+#include <QImage>
+#include <QPainter>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+#include "app/AlertDialog.h"
+#include "app/ContentView.h"
+#include "app/DesktopAppearance.h"
+#include "app/Window.h"
+#include "tests/support/FakePlatform.h"
+#include "views/WelcomeScreen.h"
+
+namespace quibel {
+namespace {
+
+const platform::FileURL songURL("/música/Canción de otoño (en directo).mp3");
+
+// Three minutes with verses, a chorus and a beat.
+fake::Song song() {
+  constexpr double seconds = 186.4;
+  auto song = fake::Song::lasting(seconds);
+  for (auto& channel : song.channels) {
+    const auto length = static_cast<double>(channel.size());
+    for (std::size_t i = 0; i < channel.size(); ++i) {
+      const double t = static_cast<double>(i) / length;
+      const double part = 0.55 + 0.35 * std::sin(t * 6 * std::numbers::pi - 1.2);
+      const double fade = std::min({1.0, t * 14, (1 - t) * 9});
+      const double grain = std::abs(std::sin(static_cast<double>(i) * 12.9898) * 43758.5453);
+      const double beat = 0.6 + 0.4 * std::abs(std::sin(t * 340));
+      channel[i] =
+          static_cast<float>(part * fade * beat * (0.5 + 0.5 * (grain - std::floor(grain))));
+    }
+  }
+  return song;
+}
+
+/// The window on a machine of its own.
+class Scene {
+ public:
+  Scene() {
+    platform::Platform::setStandard(&machine);
+    machine.songs[songURL.path().string()] = song();
+    window = std::make_unique<Window>();
+    window->show();
+  }
+  ~Scene() {
+    window.reset();
+    for (const auto& session : machine.sessions) session->abandon();
+  }
+
+  AudioEditorModel& editor() { return window->content().editor(); }
+
+  void load() {
+    editor().load(songURL);
+    machine.settle();
+  }
+
+  void select(double start, double end) {
+    load();
+    editor().startBinding().set(start);
+    editor().endBinding().set(end);
+  }
+
+  void startExport() {
+    select(48.2, 79.6);
+    machine.savePanelAnswer = platform::FileURL("/música/Canción de otoño.m4r");
+    editor().export_();
+  }
+
+  QImage picture(double ratio) {
+    // The posted refresh, then the layout that it asks for.
+    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+    QImage image((QSizeF(window->size()) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    window->render(&image);
+    if (auto* alert = window->findChild<AlertDialog*>(); alert && alert->isVisible()) {
+      QPainter painter(&image);
+      alert->render(&painter, window->rect().center() - alert->rect().center());
+    }
+    return image;
+  }
+
+  fake::Platform machine;
+  std::unique_ptr<Window> window;
+};
+
+struct State {
+  const char* name;
+  void (*reach)(Scene& scene);
+};
+
+constexpr State states[] = {
+    {"welcome", [](Scene&) {}},
+    {"drop", [](Scene& s) { s.window->findChild<WelcomeScreen*>()->setDropping(true); }},
+    {"loading", [](Scene& s) { s.editor().load(songURL); }},
+    {"workspace", [](Scene& s) { s.load(); }},
+    {"dragging", [](Scene& s) { s.select(48.2, 104.9); }},
+    {"looping",
+     [](Scene& s) {
+       s.select(48.2, 79.6);
+       s.editor().togglePreview();
+       s.machine.players.back()->currentTime = 61.5;
+       s.machine.timers.back()->fire();
+     }},
+    {"exporting", [](Scene& s) { s.startExport(); }},
+    {"done",
+     [](Scene& s) {
+       s.startExport();
+       s.machine.sessions.back()->finish(platform::ExportStatus::completed);
+       s.machine.settle();
+     }},
+    {"alert",
+     [](Scene& s) {
+       s.load();
+       s.machine.songs["/x"].openError =
+           platform::Error("El archivo no existe o se ha movido (No such file or directory).");
+       s.editor().load(platform::FileURL("/x"));
+       s.machine.settle();
+     }},
+};
+
+int run(const QString& folder) {
+  const QPalette light = QApplication::palette();
+  for (const bool dark : {false, true}) {
+    QApplication::setPalette(palette({.isDark = dark, .accent = {}}, light));
+    for (const auto& [name, reach] : states) {
+      Scene scene;
+      reach(scene);
+      for (const int ratio : {1, 2}) {
+        const auto file = QStringLiteral("%1/%2-%3-%4x.png")
+                              .arg(folder, QString::fromLatin1(name),
+                                   dark ? QStringLiteral("dark") : QStringLiteral("light"))
+                              .arg(ratio);
+        if (!scene.picture(ratio).save(file)) {
+          std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+          return EXIT_FAILURE;
+        }
+      }
+    }
+  }
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+}  // namespace quibel
+
+int main(int argc, char** argv) {
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QApplication application(argc, argv);
+  if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+    std::fprintf(stderr, "usage: %s folder\n", argv[0]);
+    return EXIT_FAILURE;
+  }
+  return quibel::run(QString::fromLocal8Bit(argv[1]));
+}
