@@ -26,7 +26,7 @@ inline QLabel* label(const QWidget& root, const char* text) {
 /// The texts of all labels below `root`, from top to bottom and from left to right.
 inline QStringList texts(const QWidget& root) {
   auto labels = root.findChildren<QLabel*>();
-  std::ranges::stable_sort(labels, {}, [&root](const QLabel* l) {
+  std::ranges::sort(labels, {}, [&root](const QLabel* l) {
     const auto at = l->mapTo(&root, QPoint());
     return std::pair(at.y(), at.x());
   });
