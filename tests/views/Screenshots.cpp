@@ -2,11 +2,11 @@
 // point, into the folder that is named on the command line.
 
 #include <QApplication>
+#include <QDebug>
 #include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <cmath>
-#include <cstdio>
 #include <numbers>
 
 #include "app/AlertDialog.h"
@@ -138,7 +138,7 @@ int run(const QString& folder) {
                                    dark ? QStringLiteral("dark") : QStringLiteral("light"))
                               .arg(ratio);
         if (!scene.picture(ratio).save(file)) {
-          std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+          qCritical("cannot write %s", qPrintable(file));
           return EXIT_FAILURE;
         }
       }
@@ -154,7 +154,7 @@ int main(int argc, char** argv) {
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   const QApplication application(argc, argv);
   if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
-    std::fprintf(stderr, "usage: %s folder\n", argv[0]);
+    qCritical("usage: %s folder", argv[0]);
     return EXIT_FAILURE;
   }
   return quibel::run(QString::fromLocal8Bit(argv[1]));

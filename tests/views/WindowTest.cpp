@@ -1,4 +1,3 @@
-#include <QSignalSpy>
 #include <QWindow>
 
 #include "app/ContentView.h"
@@ -72,7 +71,6 @@ TEST_F(WindowTest, ADoubleClickOnTheStripMaximisesAndOneBelowDoesNot) {
 }
 
 TEST_F(WindowTest, ClosingItEndsTheApplication) {
-  QSignalSpy quit(qApp, &QCoreApplication::aboutToQuit);
   QMetaObject::invokeMethod(control("Cerrar"), &QAbstractButton::click, Qt::QueuedConnection);
   EXPECT_EQ(QCoreApplication::exec(), 0);
   EXPECT_FALSE(window->isVisible());
