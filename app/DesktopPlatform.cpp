@@ -74,7 +74,7 @@ class CountedExportSession final : public platform::ExportSession {
 DesktopPlatform::DesktopPlatform() : exports_(std::make_shared<ExportsUnderWay>()) {
   // A file that outgrows the person's limit is then an error of its write, with
   // a message, and not the end of the process.
-  std::signal(SIGXFSZ, SIG_IGN);
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
 }
 
 DesktopPlatform::~DesktopPlatform() {

@@ -68,7 +68,7 @@ class SpanishLocaleTest : public testing::Test {
   }
 
   void TearDown() override {
-    std::setlocale(LC_ALL, "C");
+    EXPECT_TRUE(std::setlocale(LC_ALL, "C"));
     unsetenv("LOCPATH");
     std::filesystem::remove_all(folder_);
   }

@@ -12,6 +12,7 @@ using testing::FloatNear;
 /// The stereo frame that one frame of these channels becomes.
 std::vector<float> mixOf(const std::vector<float>& channels) {
   std::vector<const float*> song;
+  song.reserve(channels.size());
   for (const auto& sample : channels) song.push_back(&sample);
   const Downmix downmix(static_cast<std::uint32_t>(channels.size()), 1);
   std::vector<float> out(downmix.sinkChannels());

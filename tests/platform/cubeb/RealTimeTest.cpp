@@ -51,8 +51,8 @@ namespace {
 struct RealTime : testing::Test {
   PassageSlots passages{2, 512};
   Renderer renderer{passages, 2, 1};
-  std::vector<float> out = std::vector<float>(2 * 256);
-  std::vector<float> sound = std::vector<float>(2 * 256, 0.5F);
+  std::vector<float> out = std::vector<float>(512);
+  std::vector<float> sound = std::vector<float>(512, 0.5F);
 
   /// Allocations and locks of one call of the sink.
   int cost() {
