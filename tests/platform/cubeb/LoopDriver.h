@@ -17,6 +17,7 @@ class LoopDriver {
     Clock::time_point when;
     double playhead = 0;
     bool jumped = false;
+    double heard = 0;  ///< before a jump
   };
 
   LoopDriver(platform::AudioPlayer& player, double start, double end)
@@ -30,7 +31,8 @@ class LoopDriver {
     next_ += std::chrono::milliseconds(25);
     std::this_thread::sleep_until(next_);
     Look look;
-    if (player_.currentTime() >= end_ || !player_.isPlaying()) {
+    look.heard = player_.currentTime();
+    if (look.heard >= end_ || !player_.isPlaying()) {
       look.jumped = true;
       player_.setCurrentTime(start_);
       player_.play();
