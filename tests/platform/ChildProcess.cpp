@@ -11,6 +11,7 @@ namespace quibel::platform {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command, int output) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   pid_ = ::fork();

@@ -11,6 +11,8 @@
 #include "tests/platform/desktop/TemporaryFolder.h"
 
 // Stands in for the system calls of a copy, so that any one of them can fail.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's
+// headers have reserved names.
 namespace {
 
 thread_local int callsUntilFailure = 0;  // 0: none fails
@@ -18,7 +20,9 @@ thread_local int failure = 0;
 thread_local std::string_view failedCall;
 
 bool failsNow(const char* call) {
-  if (callsUntilFailure == 0 || --callsUntilFailure > 0) return false;
+  if (callsUntilFailure == 0) return false;
+  --callsUntilFailure;
+  if (callsUntilFailure > 0) return false;
   errno = failure;
   failedCall = call;
   return true;
@@ -56,6 +60,8 @@ extern "C" int close(int fd) {
   const int result = real(fd);  // as on Linux, where the descriptor is gone in any case
   return failsNow("close") ? -1 : result;
 }
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace quibel::desktop {
 namespace {

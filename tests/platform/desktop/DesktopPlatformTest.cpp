@@ -107,7 +107,7 @@ TEST_F(DesktopPlatformTest, EndsAnExportThatItFindsUnderWayAndDropsItsCallback) 
   ASSERT_NE(session, nullptr);
   session->setOutputURL(folder.url("tono.m4a"));
   session->setOutputFileType(platform::FileType::appleM4A);
-  session->setTimeRange({{0, 600}, {600 * 40, 600}});
+  session->setTimeRange({{0, 600}, {24'000, 600}});
   std::atomic<bool> handled = false;
   bool delivered = false;
   session->exportAsynchronously([&, kept = session] {

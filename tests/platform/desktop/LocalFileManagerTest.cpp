@@ -116,7 +116,7 @@ TEST_F(LocalFiles, AFileOverTheSizeLimitLeavesNothing) {
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
   const auto result = files.copyItem(from, folder.url("to"));
   ::setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(std::signal(SIGXFSZ, handler), SIG_IGN);
   EXPECT_EQ(failureOf(result), "El archivo supera el tamaño máximo permitido.");
   EXPECT_FALSE(files.fileExists(folder.url("to")));
 }

@@ -40,6 +40,7 @@ TEST(MainQueue, EveryBlockOfEveryThreadRunsOnceAndInThatThreadsOrder) {
   MainQueue queue;
   std::vector<std::vector<int>> ran(4);
   std::vector<std::jthread> threads;
+  threads.reserve(ran.size());
   for (auto& list : ran)
     threads.emplace_back([&] {
       for (int number = 0; number < perThread; ++number)
