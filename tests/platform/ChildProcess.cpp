@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, int output) 
   pid_ = ::fork();
   if (pid_ < 0) throw std::runtime_error("no process could be made");
   if (pid_ == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that crashes leaves nothing behind
     const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     ::dup2(nowhere, STDIN_FILENO);
     ::dup2(output >= 0 ? output : nowhere, STDOUT_FILENO);
