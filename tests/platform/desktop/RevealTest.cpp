@@ -4,7 +4,6 @@
 #include <QDesktopServices>
 #include <QUrl>
 #include <chrono>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,14 +33,21 @@ class PrivateBus {
                                              "--config-file=" + config.path().string()});
     address_ = "unix:path=" + QByteArray::fromStdString(socket);
     qputenv("DBUS_SESSION_BUS_ADDRESS", address_);
-    isThere_ = eventually([&] { return daemon_->hasEnded() || std::filesystem::exists(socket); }) &&
-               !daemon_->hasEnded();
+    isThere_ = eventually([&] { return daemon_->hasEnded() || answers(); }) && !daemon_->hasEnded();
   }
 
   bool isThere() const { return isThere_; }
   QString address() const { return QString::fromLatin1(address_); }
 
  private:
+  // Its socket alone says nothing: it is there before the daemon listens on it.
+  bool answers() const {
+    const bool isConnected =
+        QDBusConnection::connectToBus(address(), QStringLiteral("probe")).isConnected();
+    QDBusConnection::disconnectFromBus(QStringLiteral("probe"));
+    return isConnected;
+  }
+
   TemporaryFolder folder_;
   std::optional<platform::ChildProcess> daemon_;
   QByteArray address_;

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "tests/support/TestAudio.h"
 
 namespace quibel::test {
 
 /// The boxes of an MPEG-4 file, read by nobody else's rules.
 class Boxes {
  public:
-  explicit Boxes(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
+  explicit Boxes(const std::filesystem::path& file) : bytes_(readBytes(file)) {}
 
   struct Box {
     std::string type;
