@@ -38,7 +38,7 @@ class Quibel:
         self.process = desktop.start(str(build / "quibel"))
         self.screen = Screen(desktop)
         self.window_id = wait_until(self._window_id, lambda: "the window:\n" + self.log)
-        wait_until(self.labels, lambda: "the window's texts:\n" + self.log, seconds=30)
+        wait_until(self._first_labels, lambda: "the window's texts:\n" + self.log, seconds=30)
 
     @property
     def log(self):
@@ -218,9 +218,16 @@ class Quibel:
         minutes, seconds = next(times).name.split(":")
         return int(minutes) * 60 + float(seconds)
 
-    def _window_id(self):
+    def _check_running(self):
         if self.process.poll() is not None:
             raise AssertionError(f"quibel ended with {self.process.returncode}:\n{self.log}")
+
+    def _first_labels(self):
+        self._check_running()
+        return self.labels()
+
+    def _window_id(self):
+        self._check_running()
         try:
             found = self.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quibel$")
         except subprocess.CalledProcessError:  # while there is none
