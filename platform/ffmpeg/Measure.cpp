@@ -89,9 +89,14 @@ class Measurement {
 
   std::optional<Extent> mpegFileExtent() const {
     const auto header = readFirstMpegHeader(*input_);
-    const auto packets = countMpegPackets(*input_, opened_.firstPacketPosition());
+    const std::int64_t begin = opened_.firstPacketPosition();
+    const auto packets = countMpegPackets(*input_, begin);
     if (!header || !packets || header->sampleRate != plan_.outputRate) return std::nullopt;
-    Extent found = mpegExtent(*packets, header->frames, readMpegTag(*input_));
+    const auto tag = readMpegTag(*input_);
+    // FFmpeg takes a tag that does not stand where it expects one for sound.
+    const int decodedTags = tag && tag->position == begin ? 1 : 0;
+    Extent found = mpegExtent(*packets - decodedTags, header->frames, tag);
+    found.origin += std::int64_t{decodedTags} * header->frames;
     found.clock = plan_.clock;
     return found;
   }

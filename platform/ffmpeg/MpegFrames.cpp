@@ -60,6 +60,41 @@ bool isTagAtTheEnd(std::span<const std::uint8_t> bytes) {
          startsWith(bytes, "LYRICSBEGIN") || startsWith(bytes, "ID3");
 }
 
+std::optional<MpegHeader> headerAt(Input& input, std::int64_t position) {
+  std::array<std::uint8_t, 4> bytes{};
+  if (input.readAt(position, bytes) != 4) return std::nullopt;
+  return parseMpegHeader(bytes);
+}
+
+// The first frame between two positions that another one follows: a header alone
+// may be anything.
+std::optional<std::int64_t> findFrame(Input& input, std::int64_t begin, std::int64_t end) {
+  std::vector<std::uint8_t> block(std::size_t{64} << 10);
+  while (begin < end) {
+    const int count = input.readAt(begin, block);
+    const auto data = std::span(block).first(static_cast<std::size_t>(std::max(count, 0)));
+    for (std::size_t i = 0; i + 4 <= data.size(); ++i) {
+      const std::int64_t position = begin + static_cast<std::int64_t>(i);
+      if (position >= end) break;
+      const auto header = parseMpegHeader(data.subspan(i));
+      if (!header) continue;
+      const auto following = headerAt(input, position + header->size);
+      if (following && following->isLike(*header)) return position;
+    }
+    if (data.size() < block.size()) break;
+    begin += std::ssize(data) - 3;
+  }
+  return std::nullopt;
+}
+
+// Where the file's first frame is. FFmpeg looks for it just as far behind the tags.
+std::int64_t firstFrame(Input& input) {
+  constexpr std::int64_t reach = std::int64_t{64} << 10;
+  const std::int64_t behindTags = skipTags(input);
+  if (headerAt(input, behindTags)) return behindTags;
+  return findFrame(input, behindTags, behindTags + reach).value_or(behindTags);
+}
+
 }  // namespace
 
 std::optional<MpegHeader> parseMpegHeader(std::span<const std::uint8_t> bytes) {
@@ -89,14 +124,13 @@ std::optional<MpegHeader> parseMpegHeader(std::span<const std::uint8_t> bytes) {
 }
 
 std::optional<MpegHeader> readFirstMpegHeader(Input& input) {
-  std::array<std::uint8_t, 4> bytes{};
-  if (input.readAt(skipTags(input), bytes) != 4) return std::nullopt;
-  return parseMpegHeader(bytes);
+  return headerAt(input, firstFrame(input));
 }
 
 std::optional<MpegTag> readMpegTag(Input& input) {
   std::array<std::uint8_t, 192> frame{};
-  if (input.readAt(skipTags(input), frame) != static_cast<int>(frame.size())) return std::nullopt;
+  const std::int64_t position = firstFrame(input);
+  if (input.readAt(position, frame) != static_cast<int>(frame.size())) return std::nullopt;
   const auto header = parseMpegHeader(frame);
   if (!header || header->layer != 3) return std::nullopt;
   // The tag stands where the frame's data would, behind the side information.
@@ -111,7 +145,7 @@ std::optional<MpegTag> readMpegTag(Input& input) {
     rest = rest.subspan(count);
     return taken;
   };
-  MpegTag tag;
+  MpegTag tag{.position = position};
   if ((fields & 1) != 0) tag.packets = bigEndian(take(4));
   if ((fields & 2) != 0) take(4);    // bytes
   if ((fields & 4) != 0) take(100);  // table of contents
@@ -144,7 +178,9 @@ std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position
     const auto bytes = at(position);
     const auto header = parseMpegHeader(bytes);
     if (!header || (first && !header->isLike(*first))) {
-      if (!first || !isTagAtTheEnd(bytes)) return std::nullopt;
+      if (!first) return std::nullopt;
+      // Frames behind what is none: the stream is broken here, and goes on.
+      if (!isTagAtTheEnd(bytes) && findFrame(input, position, input.size())) return std::nullopt;
       break;
     }
     if (!first) first = header;

@@ -30,9 +30,10 @@ std::optional<MpegHeader> parseMpegHeader(std::span<const std::uint8_t> bytes);
 
 /// What the tag in a file's first frame ("Xing" or "Info") says.
 struct MpegTag {
-  std::int64_t packets = 0;  ///< frames of the stream, without the tag's own
-  std::int64_t delay = 0;    ///< audio frames that the encoder put before the song
-  std::int64_t padding = 0;  ///< and behind it
+  std::int64_t position = 0;  ///< of its frame in the file, in bytes
+  std::int64_t packets = 0;   ///< frames of the stream, without the tag's own
+  std::int64_t delay = 0;     ///< audio frames that the encoder put before the song
+  std::int64_t padding = 0;   ///< and behind it
   bool hasDelays = false;
 };
 
@@ -42,8 +43,8 @@ std::optional<MpegTag> readMpegTag(Input& input);
 /// The header of the file's first frame, behind any tags.
 std::optional<MpegHeader> readFirstMpegHeader(Input& input);
 
-/// Packets of an unbroken stream from a byte position to the file's end, or to
-/// the tags there. Nothing where the stream is broken or changes its rate.
+/// Packets of an unbroken stream from a byte position to the last frame, whatever
+/// comes behind it. Nothing where the stream is broken or changes its rate.
 std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position);
 
 /// The song in a stream of `packets` packets of `packetFrames` frames.

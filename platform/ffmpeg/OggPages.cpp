@@ -73,7 +73,8 @@ std::optional<std::int64_t> findPage(Input& input, std::int64_t position) {
     for (std::size_t i = 0; i + static_cast<std::size_t>(headerSize) <= data.size(); ++i) {
       if (parsePage(data.subspan(i))) return position + static_cast<std::int64_t>(i);
     }
-    position += count - headerSize;
+    if (data.size() < block.size()) return std::nullopt;
+    position += largestPage - headerSize;
   }
   return std::nullopt;
 }

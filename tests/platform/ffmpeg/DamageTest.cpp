@@ -89,6 +89,43 @@ TEST_F(Damage, LostOggPageBecomesSilenceAndLeavesTheRestInItsPlace) {
   }
 }
 
+// As tags of other formats that programs append to any song.
+TEST_F(Damage, WhatIsBehindTheSongIsNoPartOfIt) {
+  for (const char* name : {"Vorbis", "Opus", "OggFlac", "Flac", "Mp3ConstantRate", "AacAdts"}) {
+    const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
+    ASSERT_NE(format, songFormats().end()) << name;
+    writeWav(file("s.wav"), song(format->rate, 2, 44'100));
+    const auto path = makeSong(*format, file("s.wav"));
+    const Sound whole = readAll(path);
+    for (const std::size_t count : {std::size_t{1}, std::size_t{27}, std::size_t{128}}) {
+      auto bytes = readBytes(path);
+      bytes.insert(bytes.end(), {'T', 'A', 'G'});
+      bytes.resize(bytes.size() - 3 + count);
+      writeBytes(path, bytes);
+      const Sound followed = readAll(path);
+      ASSERT_EQ(followed.frames(), whole.frames()) << name << ' ' << count;
+      EXPECT_EQ(greatestDifference(whole, 0, followed), 0) << name << ' ' << count;
+    }
+  }
+}
+
+// Programs that shorten a tag leave zeros behind it.
+TEST_F(Damage, GapBetweenMp3TagAndFramesChangesNothing) {
+  writeWav(file("s.wav"), song(44'100, 2, sourceLength));
+  for (const char* tag : {"-t", "--nohist"}) {  // without lengths in the file, and with them
+    run({"lame", "--quiet", tag, "--tt", "Name", "--id3v2-only", file("s.wav"), file("s.mp3")});
+    const Sound whole = readAll(file("s.mp3"));
+    auto bytes = readBytes(file("s.mp3"));
+    ASSERT_EQ(bytes[0], 'I');
+    const int tagSize = 10 + bytes[8] * 128 + bytes[9];
+    bytes.insert(bytes.begin() + tagSize, 300, std::uint8_t{0});
+    writeBytes(file("gap.mp3"), bytes);
+    const Sound gap = readAll(file("gap.mp3"));
+    ASSERT_EQ(gap.frames(), whole.frames()) << tag;
+    EXPECT_LT(greatestDifference(whole, 0, gap), 1e-6F) << tag;
+  }
+}
+
 TEST_F(Damage, RandomDamageNeverCrashesAndLengthIsWhatIsDelivered) {
   for (const SongFormat& format : songFormats()) {
     writeWav(file("s.wav"), song(44'100, 2, 22'050));
