@@ -149,6 +149,11 @@ PacketDuration::PacketDuration(const AVStream& stream)
 }
 
 std::optional<std::int64_t> PacketDuration::operator()(const AVPacket& packet) {
+  const auto stated = statedFrames(packet);
+  return stated && *stated <= maximumFramesPerPacket ? stated : std::nullopt;
+}
+
+std::optional<std::int64_t> PacketDuration::statedFrames(const AVPacket& packet) {
   if (parameters_->codec_id == AV_CODEC_ID_VORBIS) return vorbisFrames(packet);
   if (parameters_->codec_id == AV_CODEC_ID_OPUS) return opusPacketFrames(packet.data, packet.size);
   if (flacParser_) return flacFrames(packet);

@@ -24,6 +24,10 @@ Clock chooseClock(const AVInputFormat& format, AVCodecID codec, AVRational timeB
 /// no number of frames is enough.
 std::optional<std::int64_t> preroll(AVCodecID codec);
 
+/// No packet holds more frames: Monkey's Audio at its most thorough has 1,179,648
+/// in one. What says so lies.
+constexpr std::int64_t maximumFramesPerPacket = std::int64_t{1} << 21;
+
 /// Frames that the decoder delivers for an Opus packet, at 48 kHz (RFC 6716, 3.1 and 3.2).
 std::optional<std::int64_t> opusPacketFrames(const std::uint8_t* data, int size);
 
@@ -49,6 +53,7 @@ class PacketDuration {
   std::optional<std::int64_t> operator()(const AVPacket& packet);
 
  private:
+  std::optional<std::int64_t> statedFrames(const AVPacket& packet);
   std::optional<std::int64_t> vorbisFrames(const AVPacket& packet);
   std::optional<std::int64_t> flacFrames(const AVPacket& packet);
   std::optional<std::int64_t> mpegFrames(const AVPacket& packet);

@@ -2,17 +2,11 @@
 
 #include <new>
 
+#include "platform/ffmpeg/Codecs.h"
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/Formats.h"
 
 namespace quibel::ffmpeg {
-
-namespace {
-
-// No codec's packet holds more than a few seconds; one that says so lies.
-constexpr std::int64_t maximumFramesPerPacket = std::int64_t{1} << 24;
-
-}  // namespace
 
 platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int sampleRate,
                                         bool trims) {

@@ -75,7 +75,9 @@ FrameSource::Fed FrameSource::feed() {
   packet_->dts = packet_->pts;
   const bool isDecoded = decoder_.send(*packet_);
   if (!isDecoded && plan_.clock == Clock::decoding && packet_->duration > 0) {
-    next_ += av_rescale_q(packet_->duration, demuxer_->stream().time_base, {1, plan_.outputRate});
+    const auto frames =
+        av_rescale_q(packet_->duration, demuxer_->stream().time_base, {1, plan_.outputRate});
+    if (frames <= maximumFramesPerPacket) next_ += frames;
   }
   return Fed::packet;
 }

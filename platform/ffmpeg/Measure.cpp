@@ -46,6 +46,10 @@ class Measurement {
  private:
   bool isMovie() const { return container_.starts_with("mov"); }
 
+  // Whether a claim of so many frames may be believed without a look at all that
+  // is between. Only silence is coded at less than a byte for so many frames.
+  bool hasBytesFor(std::int64_t frames) const { return frames / 64 <= input_->size(); }
+
   bool isGranular() const {
     return container_ == "ogg" &&
            (codec_.codec_id == AV_CODEC_ID_VORBIS || codec_.codec_id == AV_CODEC_ID_OPUS);
@@ -76,15 +80,17 @@ class Measurement {
     auto* const stream = const_cast<AVStream*>(&stream_);
     const int entries = avformat_index_get_entries_count(stream);
     if (plan_.clock != Clock::timestamps || entries <= 0 || entries != stream_.nb_frames ||
-        stream_.duration <= 0) {
+        stream_.duration <= 0 || !hasBytesFor(inFrames(stream_.duration))) {
       return std::nullopt;
     }
     for (int i = 0; i < entries; ++i) {
       const AVIndexEntry& entry = *avformat_index_get_entry(stream, i);
       if (entry.pos + entry.size > input_->size()) return std::nullopt;
     }
-    const auto begin = inFrames(avformat_index_get_entry(stream, 0)->timestamp);
-    return Extent{plan_.clock, begin, inFrames(stream_.duration)};
+    const std::int64_t first = avformat_index_get_entry(stream, 0)->timestamp;
+    const std::int64_t last = avformat_index_get_entry(stream, entries - 1)->timestamp;
+    if (last < first || last - first >= stream_.duration) return std::nullopt;
+    return Extent{plan_.clock, inFrames(first), inFrames(stream_.duration)};
   }
 
   std::optional<Extent> mpegFileExtent() const {
@@ -104,7 +110,7 @@ class Measurement {
   // FLAC's frames are numbered: if the last one ends where the file's header
   // says, there is nothing to count.
   platform::Result<std::optional<Extent>> flacExtent() {
-    if (stream_.duration <= 0) return std::nullopt;
+    if (stream_.duration <= 0 || !hasBytesFor(stream_.duration)) return std::nullopt;
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
     if (!(*demuxer)->seek(stream_.duration - 1)) return std::nullopt;
@@ -122,7 +128,8 @@ class Measurement {
     if (!demuxer) return std::unexpected(demuxer.error());
     PacketClock clock(plan_.clock, (*demuxer)->stream(), plan_.outputRate);
     // An Ogg stream of several pages is measured by its first and its last one.
-    const bool byEnds = granules_ && !granules_->isOnlyPage && granules_->last > granules_->first;
+    const bool byEnds = granules_ && !granules_->isOnlyPage && granules_->last > granules_->first &&
+                        hasBytesFor(granules_->last);
     const std::int64_t limit = byEnds ? granules_->packetsOnFirstPage + 1 : allPackets;
     const auto count = countPackets(*input_, **demuxer, clock, limit);
     if (!count) return std::unexpected(count.error());
