@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1
 
-mapfile -d '' sources < <(find app views model platform tests benchmarks \
+mapfile -d '' sources < <(find app views model platform tests benchmarks fuzz \
   \( -name '*.cpp' -o -name '*.h' \) -print0)
 echo "clang-format: ${#sources[@]} files"
 clang-format-19 --dry-run --Werror "${sources[@]}"

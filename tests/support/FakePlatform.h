@@ -127,7 +127,7 @@ class FileManager final : public platform::FileManager {
 };
 
 /// A machine that a test sets up, steps by hand and looks into.
-class Platform final : public platform::Platform {
+class Platform : public platform::Platform {
  public:
   ~Platform() override;
 

@@ -1,0 +1,39 @@
+// Any bytes as what this program itself reads of a song's structure: headers, tags,
+// boxes and pages.
+
+#include <string_view>
+
+#include "fuzz/MemoryInput.h"
+#include "platform/ffmpeg/Codecs.h"
+#include "platform/ffmpeg/MovieBoxes.h"
+#include "platform/ffmpeg/MpegFrames.h"
+#include "platform/ffmpeg/OggPages.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace quibel;
+  if (size == 0) return 0;
+  const std::span bytes(data, size);
+  const auto input = fuzz::inputOf(bytes);
+
+  // What comes back is of no matter here: the sanitizers watch how it is found.
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  static_cast<void>(ffmpeg::parseGaplessInfo(text));
+  static_cast<void>(ffmpeg::opusPacketFrames(data, static_cast<int>(size)));
+
+  static_cast<void>(ffmpeg::parseMpegHeader(bytes));
+  const auto tag = ffmpeg::readMpegTag(*input);
+  const auto header = ffmpeg::readFirstMpegHeader(*input);
+  const auto packets = ffmpeg::countMpegPackets(*input, 0);
+  if (header && packets) static_cast<void>(ffmpeg::mpegExtent(*packets, header->frames, tag));
+
+  static_cast<void>(ffmpeg::readOggLinks(*input));
+  for (const int stream : {0, 1}) static_cast<void>(ffmpeg::readOggGranules(*input, stream));
+
+  if (const auto times = ffmpeg::readMovieTimes(*input, 1)) {
+    const ffmpeg::Extent counted{.length = 88'200};
+    static_cast<void>(ffmpeg::movieExtent(
+        counted, {times->movieTimescale, times->mediaTimescale, times->edits, std::nullopt},
+        44'100));
+  }
+  return 0;
+}
