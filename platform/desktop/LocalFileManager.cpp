@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdlib>
 #include <expected>
+#include <optional>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -19,6 +21,9 @@ namespace {
 
 using platform::FileURL;
 using platform::Result;
+
+// Read and write for all, less what the umask takes away.
+constexpr mode_t permissions = 0666;
 
 std::unexpected<platform::Error> failure(int code = errno) {
   return std::unexpected(errnoError(code));
@@ -72,6 +77,26 @@ Result<void> writeAll(int fd, std::span<const std::byte> bytes) {
     if (written < 0) return failure();
     bytes = bytes.subspan(static_cast<std::size_t>(written));
   }
+  return {};
+}
+
+/// Opens a file to be written that has no name yet, on the file system where it
+/// will get it. Negative, as open(), where that fails.
+int openUnnamed(const FileURL& url) {
+  return ::open(url.path().parent_path().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, permissions);
+}
+
+/// Whether a failure of openUnnamed() says that there are no such files here: on
+/// FAT, on most network file systems, and on those that programs provide.
+bool isWithoutUnnamedFiles(int code) {
+  return code == EOPNOTSUPP || code == EISDIR || code == EINVAL;
+}
+
+/// Gives a file without a name one that is free.
+Result<void> giveName(int fd, const FileURL& url) {
+  const auto unnamed = "/proc/self/fd/" + std::to_string(fd);
+  if (::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, url.path().c_str(), AT_SYMLINK_FOLLOW) != 0)
+    return failure();
   return {};
 }
 
@@ -136,9 +161,16 @@ Result<void> LocalFileManager::copyItem(const FileURL& from, const FileURL& to) 
   const auto expected = regularFileSize(source.get());
   if (!expected) return std::unexpected(expected.error());
 
-  Descriptor target(::open(to.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  // A file that gets its name only when it is whole: not even the program's
+  // sudden end leaves half of one.
+  int opened = openUnnamed(to);
+  const bool isNamedFirst = opened < 0 && isWithoutUnnamedFiles(errno);
+  if (isNamedFirst)
+    opened = ::open(to.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
+  Descriptor target(opened);
   if (!target) return failure();
-  RemoveUnlessKept written(to);
+  std::optional<RemoveUnlessKept> written;
+  if (isNamedFirst) written.emplace(to);
 
   const auto copied = copyBytes(source.get(), target.get());
   if (!copied) return std::unexpected(copied.error());
@@ -149,9 +181,13 @@ Result<void> LocalFileManager::copyItem(const FileURL& from, const FileURL& to) 
   if (!reached) return std::unexpected(reached.error());
   if (*reached != *expected)
     return std::unexpected(platform::Error("El archivo no se ha escrito entero."));
+  if (!isNamedFirst) {
+    if (auto named = giveName(target.get(), to); !named) return named;
+    written.emplace(to);
+  }
   if (auto closed = target.close(); !closed) return closed;
 
-  written.keep();
+  written->keep();
   return {};
 }
 

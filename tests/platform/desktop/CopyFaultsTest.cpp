@@ -1,8 +1,10 @@
 #include <cerrno>
+#include <cstdarg>
 #include <string>
 #include <string_view>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -18,6 +20,7 @@ namespace {
 thread_local int callsUntilFailure = 0;  // 0: none fails
 thread_local int failure = 0;
 thread_local std::string_view failedCall;
+thread_local bool hasNoUnnamedFiles = false;  // as on FAT
 
 bool failsNow(const char* call) {
   if (callsUntilFailure == 0) return false;
@@ -55,6 +58,28 @@ extern "C" int fstat(int fd, struct stat* status) noexcept {
   return failsNow("fstat") ? -1 : real(fd, status);
 }
 
+extern "C" int open(const char* path, int flags, ...) {
+  static auto* const real = original<int(const char*, int, ...)>("open");
+  mode_t mode = 0;
+  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+  }
+  if (hasNoUnnamedFiles && (flags & O_TMPFILE) == O_TMPFILE) {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
+  return real(path, flags, mode);
+}
+
+extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to,
+                      int flags) noexcept {
+  static auto* const real = original<int(int, const char*, int, const char*, int)>("linkat");
+  return failsNow("linkat") ? -1 : real(fromFolder, from, toFolder, to, flags);
+}
+
 extern "C" int close(int fd) {
   static auto* const real = original<int(int)>("close");
   const int result = real(fd);  // as on Linux, where the descriptor is gone in any case
@@ -77,7 +102,8 @@ bool copyFailingAt(int call, int error, const TemporaryFolder& folder,
   return !failedCall.empty();
 }
 
-TEST(CopyFaults, WhicheverCallFailsTheCopyFailsAndLeavesNothing) {
+/// Has every call of a copy fail in its turn; their names.
+std::string callsOfACopy() {
   const TemporaryFolder folder;
   folder.write("from", std::string(600'000, 'x'));
   platform::Result<void> result;
@@ -90,8 +116,19 @@ TEST(CopyFaults, WhicheverCallFailsTheCopyFailsAndLeavesNothing) {
     EXPECT_EQ(result.error().localizedDescription(), "El disco ha fallado (Input/output error).");
     EXPECT_FALSE(std::filesystem::exists(folder.url("to").path())) << calls;
   }
-  EXPECT_EQ(calls, "fstat read write read write read write read fsync fstat close close ");
   EXPECT_TRUE(result);
+  return calls;
+}
+
+TEST(CopyFaults, WhicheverCallFailsTheCopyFailsAndLeavesNothing) {
+  EXPECT_EQ(callsOfACopy(),
+            "fstat read write read write read write read fsync fstat linkat close close ");
+}
+
+TEST(CopyFaults, SoItIsWhereAFileHasItsNameFromTheBeginning) {
+  hasNoUnnamedFiles = true;
+  EXPECT_EQ(callsOfACopy(), "fstat read write read write read write read fsync fstat close close ");
+  hasNoUnnamedFiles = false;
 }
 
 TEST(CopyFaults, AnInterruptedCallIsMadeAgain) {
