@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <exception>
 
+#include "app/ApplicationIcon.h"
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
 #include "platform/desktop/SpanishTexts.h"
@@ -11,7 +12,9 @@ namespace quibel {
 
 QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
   setApplicationName(QStringLiteral("quibel"));
-  setDesktopFileName(QStringLiteral("quibel"));
+  // The desktop entry's name, by which docks find the window's icon.
+  setDesktopFileName(QStringLiteral("org.quibel.quibel"));
+  setWindowIcon(applicationIcon());
   desktop::installSpanishTexts(*this);
 }
 

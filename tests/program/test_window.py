@@ -1,6 +1,12 @@
+import configparser
+import pathlib
+
 import songs
 from scenario import Scenario
 from waiting import wait_until
+
+PACKAGING = pathlib.Path(__file__).resolve().parents[2] / "packaging"
+DESKTOP_ENTRY = PACKAGING / "desktop" / "org.quibel.quibel.desktop"
 
 
 class Window(Scenario):
@@ -10,6 +16,15 @@ class Window(Scenario):
     def test_has_no_title_bar(self):
         # Left, right, top, bottom: what the window manager drew around it.
         self.assertIn("= 0, 0, 0, 0", self.properties("_NET_FRAME_EXTENTS"))
+
+    def test_is_known_to_docks_by_its_desktop_entry(self):
+        entry = configparser.ConfigParser(interpolation=None)
+        entry.read(DESKTOP_ENTRY)
+        window_class = entry["Desktop Entry"]["StartupWMClass"]
+        self.assertIn(f'"quibel", "{window_class}"', self.properties("WM_CLASS"))
+        self.assertIn(f'"{DESKTOP_ENTRY.stem}"', self.properties("_KDE_NET_WM_DESKTOP_FILE"))
+        self.assertIn("Icon (16 x 16)", self.properties("_NET_WM_ICON"))
+        self.assertEqual(entry["Desktop Entry"]["Icon"], DESKTOP_ENTRY.stem)
 
     def test_cannot_be_made_smaller_than_its_content(self):
         self.drag_corner(150, 100, lambda width, height: width > 900 and height > 650)
