@@ -22,7 +22,6 @@ class Window(Scenario):
         entry.read(DESKTOP_ENTRY)
         window_class = entry["Desktop Entry"]["StartupWMClass"]
         self.assertIn(f'"quibel", "{window_class}"', self.properties("WM_CLASS"))
-        self.assertIn(f'"{DESKTOP_ENTRY.stem}"', self.properties("_KDE_NET_WM_DESKTOP_FILE"))
         self.assertIn("Icon (16 x 16)", self.properties("_NET_WM_ICON"))
         self.assertEqual(entry["Desktop Entry"]["Icon"], DESKTOP_ENTRY.stem)
 
