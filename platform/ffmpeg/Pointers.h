@@ -1,7 +1,6 @@
 #pragma once
 
-// Owning pointers to FFmpeg's objects, and the only place that knows how its
-// releases (5.1 to 7.1) differ.
+// Owning pointers to FFmpeg's objects.
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -12,8 +11,9 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
-#include <cstdint>
 #include <memory>
+
+#include "platform/ffmpeg/Versions.h"  // IWYU pragma: export
 
 namespace quibel::ffmpeg {
 
@@ -48,18 +48,5 @@ using OutputFormatPointer = std::unique_ptr<AVFormatContext, FreeFormatOutput>;
 using ResamplerPointer = std::unique_ptr<SwrContext, FreeByAddress<swr_free>>;
 using DictionaryPointer = std::unique_ptr<AVDictionary, FreeByAddress<av_dict_free>>;
 using IOPointer = std::unique_ptr<AVIOContext, FreeIO>;
-
-/// What a write callback of AVIOContext is given.
-#if LIBAVFORMAT_VERSION_MAJOR >= 61
-using WrittenBytes = const std::uint8_t*;
-#else
-using WrittenBytes = std::uint8_t*;
-#endif
-
-#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(60, 30, 100)
-inline constexpr int aacLowComplexity = AV_PROFILE_AAC_LOW;
-#else
-inline constexpr int aacLowComplexity = FF_PROFILE_AAC_LOW;
-#endif
 
 }  // namespace quibel::ffmpeg
