@@ -16,14 +16,15 @@ class Decoder {
   };
 
   /// `sampleRate` is the unit of packets' and frames' times: 1/sampleRate seconds.
-  /// With `trims` the codec itself drops what packets mark as delay or padding.
+  /// With `trims` the codec itself drops what packets mark as delay or padding; else the
+  /// first frame is noted with what it would drop (see paddingOf), and all are whole.
   /// One thread: handing frames to more costs a quarter more processor time.
   static platform::Result<Decoder> open(const AVCodecParameters& parameters, int sampleRate,
                                         bool trims);
 
-  /// Only after receive() asked for it. False if the packet does not decode.
-  /// Throws std::bad_alloc.
-  bool send(const AVPacket& packet);
+  /// Only after receive() asked for it. False if the packet does not decode. The packet
+  /// may lose its notes of padding. Throws std::bad_alloc.
+  bool send(AVPacket& packet);
 
   /// No more packets will come: what is left inside comes out.
   void sendEnd();
@@ -35,9 +36,10 @@ class Decoder {
   void flush();
 
  private:
-  explicit Decoder(CodecPointer codec) : codec_(std::move(codec)) {}
+  Decoder(CodecPointer codec, bool trims) : codec_(std::move(codec)), trims_(trims) {}
 
   CodecPointer codec_;
+  bool trims_;
 };
 
 }  // namespace quibel::ffmpeg

@@ -79,6 +79,7 @@ FrameSource::Fed FrameSource::feed() {
         av_rescale_q(packet_->duration, demuxer_->stream().time_base, {1, plan_.outputRate});
     if (frames <= maximumFramesPerPacket) next_ += frames;
   }
+  av_packet_unref(packet_.get());
   return Fed::packet;
 }
 
