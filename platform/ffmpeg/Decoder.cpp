@@ -1,9 +1,11 @@
 #include "platform/ffmpeg/Decoder.h"
 
 #include <new>
+#include <span>
 
 #include "platform/ffmpeg/Codecs.h"
 #include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/FlacChecksum.h"
 #include "platform/ffmpeg/Formats.h"
 
 namespace quibel::ffmpeg {
@@ -22,11 +24,6 @@ platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int
   codec->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
   codec->max_samples = maximumFramesPerPacket;
   if (!trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
-  // A damaged FLAC frame mostly decodes, to noise at full scale, unless its
-  // checksum is looked at.
-  if (parameters.codec_id == AV_CODEC_ID_FLAC) {
-    codec->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
-  }
   codec->thread_count = 1;
   AVDictionary* settings = nullptr;
   av_dict_set(&settings, "codec_whitelist", allowedCodecs, 0);
@@ -41,6 +38,13 @@ bool Decoder::send(AVPacket& packet) {
   if (!trims_ && !isNoted) {
     // A note of no bytes says nothing: the decoder leaves the frame whole. There may be none.
     static_cast<void>(av_packet_shrink_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, 0));
+  }
+  if (codec_->codec_id == AV_CODEC_ID_FLAC) {
+    // A damaged frame mostly decodes, to noise at full scale, unless its checksum is
+    // looked at. The decoder knows better where a frame ends than the packet does.
+    const bool isWhole =
+        hasValidChecksum(std::span(packet.data, static_cast<std::size_t>(packet.size)));
+    codec_->err_recognition = isWhole ? 0 : AV_EF_CRCCHECK | AV_EF_EXPLODE;
   }
   const int code = avcodec_send_packet(codec_.get(), &packet);
   if (code == AVERROR(ENOMEM)) throw std::bad_alloc();

@@ -26,6 +26,8 @@ platform::Result<MovieWriter> MovieWriter::open(OutputFile& output, const AVCode
   OutputFormatPointer format(created);
   format->pb = output.io();
   format->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
+  // Nobody reads along: a system call for each buffer, not for each packet.
+  format->flush_packets = 0;
 
   AVStream* const stream = avformat_new_stream(format.get(), nullptr);
   if (stream == nullptr || avcodec_parameters_from_context(stream->codecpar, &encoder) < 0) {
