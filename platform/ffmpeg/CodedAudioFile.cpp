@@ -52,12 +52,13 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   // The first frame tells the form of what is delivered: a codec may double
   // the rate or the channels that the container states.
   const AVFrame& frame = source->decodedFrame();
-  if (frame.sample_rate <= 0 || frame.ch_layout.nb_channels <= 0) {
+  const int channels = frame.ch_layout.nb_channels;
+  if (frame.sample_rate <= 0 || channels <= 0 || channels > maximumChannels) {
     return std::unexpected(makeError(Failure::damaged));
   }
   const FrameSource::Plan opened = plan;
   plan.outputRate = frame.sample_rate;
-  plan.channels = frame.ch_layout.nb_channels;
+  plan.channels = channels;
   const auto extent = measure(input, *source, plan);
   if (!extent) return std::unexpected(extent.error());
   plan.clock = extent->clock;

@@ -96,6 +96,9 @@ platform::Result<std::unique_ptr<Demuxer>> Demuxer::open(const std::shared_ptr<I
     if (static_cast<int>(i) != chosen) format->streams[i]->discard = AVDISCARD_ALL;
   }
   demuxer->stream_ = format->streams[chosen];
+  if (demuxer->stream_->codecpar->ch_layout.nb_channels > maximumChannels) {
+    return std::unexpected(makeError(Failure::damaged));
+  }
   // Of a raw stream that changes its rate, FFmpeg takes the last one it looked at.
   if (std::string_view(kind->name) == "mp3") {
     if (const auto header = readFirstMpegHeader(*input)) {

@@ -8,6 +8,9 @@
 
 namespace quibel::ffmpeg {
 
+/// More channels than the resampler takes, and than any song has: what says so lies.
+constexpr int maximumChannels = 64;
+
 /// The packets of a file's one chosen audio stream. Everything else in the file
 /// (pictures, video, further songs) is passed over.
 class Demuxer {

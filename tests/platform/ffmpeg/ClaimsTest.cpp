@@ -136,5 +136,15 @@ TEST_F(Claims, WavPackWhoseBlocksCountTooMuch) {
   expectNoMoreThanThereIs(bytes);
 }
 
+TEST_F(Claims, MoreChannelsThanAnySongHas) {
+  Bytes bytes = make("Au");
+  // Its buffers would take half a gigabyte.
+  writeBigEndian(bytes, 20, 0x8002, 4);
+  const TemporaryDirectory directory;
+  writeBytes(directory.path() / "song.au", bytes);
+  EXPECT_EQ(failureOf(directory.path() / "song.au"),
+            "El archivo está dañado y no se puede decodificar.");
+}
+
 }  // namespace
 }  // namespace quibel::test
