@@ -1,0 +1,170 @@
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/export/SystemCalls.h"
+#include "tests/export/Workshop.h"
+
+namespace quibel::test {
+namespace {
+
+using testing::Contains;
+using testing::StartsWith;
+
+// Makes 140,000 bytes: the temporary file is written in several pieces.
+constexpr double seconds = 4.2;
+
+std::vector<std::string> callsOfAnExport(Workshop& workshop) {
+  const SystemCalls calls(workshop.folder());
+  workshop.exportTo(workshop.file("tono.m4r"));
+  return SystemCalls::made();
+}
+
+bool isSaved(const Workshop& workshop) {
+  return workshop.model->status() == "Tono guardado: tono.m4r";
+}
+
+/// Whether the failure of the call of that number must be the export's. What was
+/// only read may fail to close, and a temporary file to be removed.
+bool mustEndIt(const std::vector<std::string>& calls, std::size_t number) {
+  const auto copy = std::ranges::find(calls, "open .m4r") - calls.begin();
+  const bool isOfTheCopy = std::cmp_greater(number, copy);
+  const auto& call = calls[number - 1];
+  return call != "close .wav" && call != "unlink .m4a" && !(call == "close .m4a" && isOfTheCopy);
+}
+
+struct EveryCall : testing::Test {
+  EveryCall() {
+    workshop.load(song);
+    whole = ringtoneOf(workshop);
+  }
+
+  /// Exports with the plan; the call that it was for, or "" beyond the last one.
+  std::string exportWith(const CallPlan& plan) {
+    std::filesystem::remove(tone);
+    workshop.model->showAlertBinding().set(false);
+    const SystemCalls calls(workshop.folder(), plan);
+    workshop.exportTo(tone);
+    const auto made = SystemCalls::made();
+    return made.size() < plan.call ? "" : made[plan.call - 1];
+  }
+
+  Workshop workshop;
+  std::filesystem::path song = workshop.writeSong(seconds);
+  std::filesystem::path tone = workshop.file("tono.m4r");
+  std::vector<std::uint8_t> songBytes = readBytes(song);
+  std::vector<std::uint8_t> whole;
+};
+
+TEST_F(EveryCall, IsSeenByTheseTests) {
+  const auto calls = callsOfAnExport(workshop);
+  for (const char* call :
+       {"open .wav", "pread .wav", "open .m4a", "pwrite .m4a", "close .m4a", "open .m4r",
+        "read .m4a", "write .m4r", "fsync .m4r", "fstat .m4r", "close .m4r", "unlink .m4a"}) {
+    EXPECT_THAT(calls, Contains(call));
+  }
+  EXPECT_GE(std::ranges::count(calls, "pwrite .m4a"), 4);
+}
+
+class EveryFailure : public EveryCall, public testing::WithParamInterface<int> {};
+
+TEST_P(EveryFailure, IsReportedAndLeavesNoRingtone) {
+  const auto calls = callsOfAnExport(workshop);
+  for (std::size_t number = 1;; ++number) {
+    const std::string call = exportWith({number, Fate::fails, GetParam()});
+    if (call.empty()) break;
+    SCOPED_TRACE(std::to_string(number) + ": " + call);
+    if (mustEndIt(calls, number)) {
+      EXPECT_FALSE(isSaved(workshop));
+    }
+    if (isSaved(workshop)) {
+      EXPECT_TRUE(readBytes(tone) == whole);
+    } else {
+      EXPECT_THAT(workshop.alert(), testing::AnyOf(StartsWith("No se ha podido crear el tono. "),
+                                                   StartsWith("No se ha podido guardar el tono. "),
+                                                   "Este formato no se puede convertir a AAC."));
+      EXPECT_FALSE(std::filesystem::exists(tone));
+    }
+    EXPECT_FALSE(workshop.model->isExporting());
+    EXPECT_TRUE(readBytes(song) == songBytes);
+    if (call != "unlink .m4a") {
+      EXPECT_TRUE(Workshop::namesIn(workshop.temporary()).empty());
+    }
+    for (const auto& left : Workshop::namesIn(workshop.temporary()))
+      std::filesystem::remove(workshop.temporary() / left);
+  }
+  EXPECT_TRUE(isSaved(workshop)) << "and without a failure all is well";
+}
+
+INSTANTIATE_TEST_SUITE_P(Errors, EveryFailure, testing::Values(EIO, ENOSPC),
+                         [](const auto& parameter) {
+                           return parameter.param == EIO ? "BrokenDisk" : "FullDisk";
+                         });
+
+class EveryReadAndWrite : public EveryCall, public testing::WithParamInterface<Fate> {};
+
+TEST_P(EveryReadAndWrite, IsContinued) {
+  const auto calls = callsOfAnExport(workshop);
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    if (!calls[i].contains("read") && !calls[i].contains("write")) continue;
+    ASSERT_EQ(exportWith({i + 1, GetParam()}), calls[i]);
+    EXPECT_TRUE(isSaved(workshop)) << i << ": " << calls[i] << ": " << workshop.alert();
+    EXPECT_TRUE(readBytes(tone) == whole) << i << ": " << calls[i];
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(That, EveryReadAndWrite,
+                         testing::Values(Fate::doesHalf, Fate::isInterrupted),
+                         [](const auto& parameter) {
+                           return parameter.param == Fate::doesHalf ? "DoesHalf" : "IsInterrupted";
+                         });
+
+// The program's sudden end before each of its calls. A process for each, made
+// while this one has no other thread.
+TEST(SuddenEnd, LeavesTheSongAndAtMostATemporaryFileOrTheWholeRingtone) {
+  Workshop workshop;
+  const int unnamed = ::open(workshop.home().c_str(), O_WRONLY | O_TMPFILE, 0600);
+  if (unnamed < 0) GTEST_SKIP() << "a file must have a name here from the beginning";
+  ::close(unnamed);
+  const auto song = workshop.writeSong(seconds);
+  const auto tone = workshop.file("tono.m4r");
+  const auto songBytes = readBytes(song);
+  workshop.load(song);
+  std::vector<std::size_t> sizes;
+  bool ended = true;
+  for (std::size_t number = 1; ended; ++number) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      const SystemCalls calls(workshop.folder(), {number, Fate::endsTheProgram});
+      workshop.exportTo(tone);
+      ::_exit(isSaved(workshop) ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ended = WIFSIGNALED(status);
+    if (!ended) {
+      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << number;
+      EXPECT_GT(number, 20U);
+    }
+    EXPECT_TRUE(readBytes(song) == songBytes) << number;
+    if (std::filesystem::exists(tone)) sizes.push_back(std::filesystem::file_size(tone));
+    std::filesystem::remove(tone);
+    EXPECT_EQ(Workshop::namesIn(workshop.home()), std::vector<std::string>{"canción.wav"});
+    for (const auto& left : Workshop::namesIn(workshop.temporary())) {
+      EXPECT_TRUE(left.ends_with(".m4a")) << left;
+      std::filesystem::remove(workshop.temporary() / left);
+    }
+  }
+  // The last one was left alone: every ringtone there was is as long as its.
+  ASSERT_FALSE(sizes.empty());
+  EXPECT_THAT(sizes, testing::Each(sizes.back()));
+}
+
+}  // namespace
+}  // namespace quibel::test
