@@ -2,11 +2,6 @@
 // loop on one thread over the same file, and beside the ffmpeg command. For WAV
 // the bare loop reads the bytes and takes their maximum.
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,6 +11,7 @@ extern "C" {
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "benchmarks/BareDecoding.h"
 #include "benchmarks/Measuring.h"
 #include "model/Waveform.h"
 #include "platform/ffmpeg/AudioFile.h"
@@ -39,38 +35,6 @@ void load(const std::filesystem::path& file) {
   if (!song) throw std::runtime_error(song.error().localizedDescription());
   const auto envelope = waveform(**song, buckets);
   if (!envelope || envelope->size() < buckets) throw std::runtime_error("no envelope");
-}
-
-// As short as a decoding loop can be.
-void decode(const std::filesystem::path& file) {
-  AVFormatContext* format = nullptr;
-  if (avformat_open_input(&format, file.c_str(), nullptr, nullptr) < 0 ||
-      avformat_find_stream_info(format, nullptr) < 0) {
-    throw std::runtime_error("ffmpeg cannot open " + file.string());
-  }
-  const int stream = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-  AVCodecParameters* const parameters = format->streams[stream]->codecpar;
-  const AVCodec* const kind = avcodec_find_decoder(parameters->codec_id);
-  AVCodecContext* codec = avcodec_alloc_context3(kind);
-  avcodec_parameters_to_context(codec, parameters);
-  codec->thread_count = 1;
-  avcodec_open2(codec, kind, nullptr);
-  AVPacket* packet = av_packet_alloc();
-  AVFrame* frame = av_frame_alloc();
-  std::int64_t frames = 0;
-  while (av_read_frame(format, packet) >= 0) {
-    if (packet->stream_index == stream && avcodec_send_packet(codec, packet) >= 0) {
-      while (avcodec_receive_frame(codec, frame) >= 0) frames += frame->nb_samples;
-    }
-    av_packet_unref(packet);
-  }
-  avcodec_send_packet(codec, nullptr);
-  while (avcodec_receive_frame(codec, frame) >= 0) frames += frame->nb_samples;
-  av_frame_free(&frame);
-  av_packet_free(&packet);
-  avcodec_free_context(&codec);
-  avformat_close_input(&format);
-  if (frames == 0) throw std::runtime_error("nothing decoded");
 }
 
 void readMaximum(const std::filesystem::path& file) {
@@ -104,7 +68,6 @@ void run() {
   for (const Song& song : songs) {
     if (!song.command.empty()) test::run(song.command);
   }
-  av_log_set_level(AV_LOG_QUIET);
 
   print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
   print("%-10s %8s %8s %8s | %8s %8s %8s | %14s\n", "file", "load", "bare", "ffmpeg", "/ bare",
@@ -114,7 +77,7 @@ void run() {
     const bool isPCM = song.name == "song.wav";
     const auto times = medians(
         {[&] { return measure([&] { load(path); }); },
-         [&] { return measure([&] { isPCM ? readMaximum(path) : decode(path); }); },
+         [&] { return measure([&] { isPCM ? readMaximum(path) : decodeBarely(path); }); },
          [&] {
            return measureProgram({"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
          }},

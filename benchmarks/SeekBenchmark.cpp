@@ -1,0 +1,81 @@
+// Going to the end of a song of three hours, beside decoding it up to there.
+
+#include <cstdlib>
+#include <functional>
+#include <stdexcept>
+
+#include "benchmarks/Measuring.h"
+#include "platform/ffmpeg/AudioFile.h"
+#include "tests/support/TestAudio.h"
+
+namespace quibel::benchmarks {
+namespace {
+
+constexpr int rounds = 3;
+constexpr std::uint32_t bufferFrames = 4096;
+
+void readOn(platform::AudioFile& song, std::int64_t until) {
+  const auto buffer = song.makeBuffer(bufferFrames);
+  while (song.framePosition() < until) {
+    if (const auto result = song.read(*buffer, bufferFrames); !result) {
+      throw std::runtime_error(result.error().localizedDescription());
+    }
+  }
+}
+
+void seek(platform::AudioFile& song, std::int64_t frame) {
+  if (const auto result = song.seek(frame); !result) {
+    throw std::runtime_error(result.error().localizedDescription());
+  }
+}
+
+void run() {
+  const test::TemporaryDirectory directory;
+  const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
+  print("Making three hours of stereo at 44.1 kHz …\n");
+  test::writeWav(file("part.wav"), test::song(44'100, 2, std::size_t{300} * 44'100));
+  test::run({"lame", "--quiet", file("part.wav"), file("part.mp3")});
+  test::run({"ffmpeg", "-v", "error", "-i", file("part.wav"), file("part.m4a")});
+  test::run({"oggenc", "-Q", "-o", file("part.ogg"), file("part.wav")});
+  for (const char* name : {"song.mp3", "song.m4a", "song.ogg"}) {
+    const std::string part = "part" + std::filesystem::path(name).extension().string();
+    test::run({"ffmpeg", "-v", "error", "-stream_loop", "35", "-i", file(part), "-c", "copy",
+               file(name)});
+  }
+  // Its frames are numbered, so copies of them would be no song.
+  test::run(
+      {"ffmpeg", "-v", "error", "-stream_loop", "35", "-i", file("part.wav"), file("song.flac")});
+
+  print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
+  print("%-10s %12s %12s %10s\n", "file", "seek", "decode", "ratio");
+  for (const char* name : {"song.mp3", "song.m4a", "song.flac", "song.ogg"}) {
+    const auto song = ffmpeg::openAudioFile(platform::FileURL(file(name)));
+    if (!song) throw std::runtime_error(song.error().localizedDescription());
+    const std::int64_t end = (*song)->length() - bufferFrames;
+    const auto fromTheBeginning = [&](const std::function<void()>& work) {
+      seek(**song, 0);
+      return measure(work);
+    };
+    const auto times = medians({[&] {
+                                  return fromTheBeginning([&] {
+                                    seek(**song, end);
+                                    readOn(**song, (*song)->length());
+                                  });
+                                },
+                                [&] { return fromTheBeginning([&] { readOn(**song, end); }); }},
+                               rounds);
+    print("%-10s %12.1f %12.1f %10.4f\n", name, times[0].processor * 1e3, times[1].processor * 1e3,
+          times[0].processor / times[1].processor);
+  }
+}
+
+}  // namespace
+}  // namespace quibel::benchmarks
+
+int main() try {
+  quibel::benchmarks::run();
+  return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+  quibel::benchmarks::print("%s\n", error.what());
+  return EXIT_FAILURE;
+}
