@@ -29,6 +29,12 @@ SongFormat lossy(std::string name, std::string file, Arguments command,
   return {std::move(name), std::move(file), std::move(command), length, false, rate};
 }
 
+SongFormat wholeBlocks(std::string name, const std::string& codec, std::int64_t block) {
+  const std::int64_t length = inPackets(source, block);
+  return lossy(std::move(name), "song.wav",
+               ffmpeg({"-af", "apad=whole_len=" + std::to_string(length), "-c:a", codec}), length);
+}
+
 std::vector<SongFormat> makeFormats() {
   return {
       lossless("Wav16", "song.wav", ffmpeg({"-c:a", "pcm_s16le"})),
@@ -39,9 +45,10 @@ std::vector<SongFormat> makeFormats() {
       lossy("Wav8", "song.wav", ffmpeg({"-c:a", "pcm_u8"})),
       lossy("WavALaw", "song.wav", ffmpeg({"-c:a", "pcm_alaw"})),
       lossy("WavMuLaw", "song.wav", ffmpeg({"-c:a", "pcm_mulaw"})),
-      // Blocks of 1,017 and 1,012 frames, the last one padded, and no note of it.
-      lossy("WavImaAdpcm", "song.wav", ffmpeg({"-c:a", "adpcm_ima_wav"}), inPackets(source, 1017)),
-      lossy("WavMsAdpcm", "song.wav", ffmpeg({"-c:a", "adpcm_ms"}), inPackets(source, 1012)),
+      // Blocks of 1,017 and 1,012 frames, all filled: FFmpeg 7.1 notes how far the
+      // last one is, 5.1 does not.
+      wholeBlocks("WavImaAdpcm", "adpcm_ima_wav", 1017),
+      wholeBlocks("WavMsAdpcm", "adpcm_ms", 1012),
       lossless("Rf64", "song.wav", ffmpeg({"-rf64", "always"})),
       lossless("Aiff16", "song.aiff", ffmpeg({})),
       lossless("Aiff24", "song.aiff", ffmpeg({"-c:a", "pcm_s24be"})),
