@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <array>
+#include <random>
+
 #include <gtest/gtest.h>
 
 #include "platform/ffmpeg/ExportPlan.h"
@@ -66,6 +70,27 @@ TEST(ExportPlan, NothingPresentedIsLongerThanTheRange) {
           fragmentOf({{start, 600}, {24'000, 600}}, 1'000'000'000, rate, outputRate(rate));
       ASSERT_LE(fragment.outputFrames, 40LL * outputRate(rate));
       ASSERT_GE(fragment.frames * outputRate(rate), fragment.outputFrames * rate);
+    }
+  }
+}
+
+TEST(ExportPlan, NoFragmentOfFortySecondsAndMoreIsPresentedForLonger) {
+  std::mt19937_64 random(40);
+  std::uniform_real_distribution<double> starts(-1, 7'200);
+  std::uniform_real_distribution<double> lengths(40, 10'800);
+  constexpr std::array rates{8'000,  11'025, 16'000, 22'050, 32'000,  37'800,
+                             44'100, 48'000, 88'200, 96'000, 176'400, 192'000};
+  for (int count = 0; count < 10'000; ++count) {
+    const double start = starts(random);
+    const double end = start + lengths(random);
+    const int songRate = rates[random() % rates.size()];
+    const int fileRate = outputRate(songRate);
+    const auto fragment =
+        fragmentOf(range(start, std::min(end - start, 40.0)), 4'000'000'000, songRate, fileRate);
+    ASSERT_LE(fragment.outputFrames, 40LL * fileRate) << start << " … " << end;
+    // Not a frame less either, but for what lies before the song.
+    if (start >= 0) {
+      ASSERT_EQ(fragment.outputFrames, 40LL * fileRate) << start << " … " << end;
     }
   }
 }
