@@ -144,8 +144,9 @@ bool FrameSource::readPositionedPacket() {
   return false;
 }
 
-// A container may land later than it was asked to: then it is asked for ever
-// earlier places, and at last there is the beginning.
+// A container may land later than it was asked to, or find no place near its end that
+// it has found before: then it is asked for ever earlier ones, and at last there is the
+// beginning.
 bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
   const AVStream& stream = demuxer_->stream();
   std::int64_t asked = target - lead;
@@ -153,12 +154,13 @@ bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
        step *= 2) {
     const auto time =
         av_rescale_q_rnd(asked, {1, plan_.outputRate}, stream.time_base, AV_ROUND_DOWN);
-    if (asked < 0 || !demuxer_->seek(time)) return false;
+    if (asked < 0) return false;
+    const bool isFound = demuxer_->seek(time);
     decoder_.flush();
     converter_.reset();
     isConverting_ = false;
     ended_ = false;
-    if (readPositionedPacket() && *pendingPosition_ <= target - lead) {
+    if (isFound && readPositionedPacket() && *pendingPosition_ <= target - lead) {
       packetIsPending_ = true;
       next_ = *pendingPosition_;
       return true;

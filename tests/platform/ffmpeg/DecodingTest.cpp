@@ -1,5 +1,9 @@
+#include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <random>
+#include <stdexcept>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -58,6 +62,38 @@ TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
     const float tolerance = GetParam().isLossless ? 0.0F : 1e-6F;
     ASSERT_LE(greatestDifference(whole, std::size_t(frame), part), tolerance)
         << "at frame " << frame << " of " << whole.frames();
+  }
+}
+
+// Bytes that this process has read from files so far.
+std::int64_t bytesRead() {
+  std::ifstream counters("/proc/self/io");
+  std::string name;
+  std::int64_t value = 0;
+  while (counters >> name >> value) {
+    if (name == "rchar:") return value;
+  }
+  throw std::runtime_error("the kernel counts no reads");
+}
+
+TEST(Seeking, FindsAPlaceAgainWithoutReadingAllThatIsBeforeIt) {
+  for (const char* name : {"Flac", "OggFlac", "AacM4a", "Alac"}) {
+    const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
+    ASSERT_NE(format, songFormats().end()) << name;
+    const TemporaryDirectory directory;
+    const auto wav = directory.path() / "source.wav";
+    writeWav(wav, test::song(format->rate, 2, std::size_t{30} * 44'100));
+    const auto file = makeSong(*format, wav);
+    const auto size = static_cast<std::int64_t>(std::filesystem::file_size(file));
+    const auto song = openSong(file);
+    const std::int64_t end = song->length() - 4096;
+    std::int64_t before = 0;
+    for (const std::int64_t place : {end, std::int64_t{0}, end}) {
+      before = bytesRead();
+      ASSERT_TRUE(song->seek(place));
+      readFrames(*song, 4096);
+    }
+    EXPECT_LT(bytesRead() - before, size / 2) << name;
   }
 }
 
