@@ -33,6 +33,8 @@ platform::Result<AacEncoder> AacEncoder::open(int rate, int channels) {
   AVDictionary* settings = nullptr;
   // Noise in place of high tones saves bits that are not short here.
   av_dict_set(&settings, "aac_pns", "0", 0);
+  // Nor does one channel stand for both: that costs up to 2 dB of noise.
+  av_dict_set(&settings, "aac_is", "0", 0);
   const int code = avcodec_open2(codec.get(), kind, &settings);
   const DictionaryPointer unused(settings);
   if (code < 0) return std::unexpected(codeError(code, Failure::encoderFailed));
