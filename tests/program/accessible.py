@@ -10,6 +10,9 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 from waiting import wait_until  # noqa: E402
 
+# As AT-SPI 2.56 calls them, by the names of 2.46.
+RENAMED_ROLES = {"button": "push button"}
+
 
 class Box(NamedTuple):
     """A rectangle in pixels."""
@@ -35,7 +38,8 @@ class Accessible:
         self._node = node
         self.name = node.get_name()
         self.description = node.get_description()
-        self.role = node.get_role_name()
+        role = node.get_role_name()
+        self.role = RENAMED_ROLES.get(role, role)
         self.showing = self._has(Atspi.StateType.SHOWING) and self._has(Atspi.StateType.VISIBLE)
 
     @property
