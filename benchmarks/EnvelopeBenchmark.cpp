@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
@@ -87,10 +86,4 @@ void run() {
 }  // namespace
 }  // namespace quibel::benchmarks
 
-int main() try {
-  quibel::benchmarks::run();
-  return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-  quibel::benchmarks::print("%s\n", error.what());
-  return EXIT_FAILURE;
-}
+int main() { return quibel::benchmarks::finish(quibel::benchmarks::run); }

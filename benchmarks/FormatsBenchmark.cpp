@@ -2,21 +2,18 @@
 // seeks deliver the samples of a decode from the start, and how long loading takes
 // beside a bare decoding loop. It prints the table of docs/formats.md.
 
-#include <cstdlib>
 #include <random>
 #include <stdexcept>
 
 #include "benchmarks/BareDecoding.h"
+#include "benchmarks/Loading.h"
 #include "benchmarks/Measuring.h"
-#include "model/Waveform.h"
-#include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
 
 namespace quibel::benchmarks {
 namespace {
 
 constexpr int rounds = 5;
-constexpr int buckets = 900;
 constexpr int seeks = 50;
 constexpr std::size_t longFrames = std::size_t{60} * 44'100;
 
@@ -36,13 +33,6 @@ int inexactSeeks(const std::filesystem::path& file, float tolerance) {
   return inexact;
 }
 
-void load(const std::filesystem::path& file) {
-  // A file not met before: nothing is known of it.
-  std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now());
-  const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
-  if (!song || !waveform(**song, buckets)) throw std::runtime_error("cannot load");
-}
-
 void row(const test::SongFormat& format, const std::filesystem::path& folder) {
   const auto wav = folder / "source.wav";
   test::writeWav(wav, test::song(format.rate, 2, test::sourceLength));
@@ -51,7 +41,7 @@ void row(const test::SongFormat& format, const std::filesystem::path& folder) {
   test::writeWav(wav, test::song(format.rate, 2, longFrames));
   const auto song = test::makeSong(format, wav);
   const int inexact = inexactSeeks(song, format.isLossless ? 0.0F : 1e-6F);
-  const auto times = medians({[&] { return measure([&] { load(song); }); },
+  const auto times = medians({[&] { return measure([&] { loadAnew(song); }); },
                               [&] { return measure([&] { decodeBarely(song); }); }},
                              rounds);
   print("| %s | %lld | %+lld | %d of %d | %.2f |\n", format.name.c_str(),
@@ -71,10 +61,4 @@ void run() {
 }  // namespace
 }  // namespace quibel::benchmarks
 
-int main() try {
-  quibel::benchmarks::run();
-  return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-  quibel::benchmarks::print("%s\n", error.what());
-  return EXIT_FAILURE;
-}
+int main() { return quibel::benchmarks::finish(quibel::benchmarks::run); }

@@ -5,37 +5,25 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "benchmarks/BareDecoding.h"
+#include "benchmarks/Loading.h"
 #include "benchmarks/Measuring.h"
-#include "model/Waveform.h"
-#include "platform/ffmpeg/AudioFile.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {
 namespace {
 
 constexpr int rounds = 9;
-constexpr int buckets = 900;
 
 struct Song {
   std::string name;
   std::vector<std::string> command;
 };
-
-void load(const std::filesystem::path& file) {
-  // A file not met before: nothing is known of it.
-  std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now());
-  const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
-  if (!song) throw std::runtime_error(song.error().localizedDescription());
-  const auto envelope = waveform(**song, buckets);
-  if (!envelope || envelope->size() < buckets) throw std::runtime_error("no envelope");
-}
 
 void readMaximum(const std::filesystem::path& file) {
   const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
@@ -76,7 +64,7 @@ void run() {
     const std::filesystem::path path = file(song.name);
     const bool isPCM = song.name == "song.wav";
     const auto times = medians(
-        {[&] { return measure([&] { load(path); }); },
+        {[&] { return measure([&] { loadAnew(path); }); },
          [&] { return measure([&] { isPCM ? readMaximum(path) : decodeBarely(path); }); },
          [&] {
            return measureProgram({"ffmpeg", "-v", "error", "-i", path.string(), "-f", "null", "-"});
@@ -92,10 +80,4 @@ void run() {
 }  // namespace
 }  // namespace quibel::benchmarks
 
-int main() try {
-  quibel::benchmarks::run();
-  return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-  quibel::benchmarks::print("%s\n", error.what());
-  return EXIT_FAILURE;
-}
+int main() { return quibel::benchmarks::finish(quibel::benchmarks::run); }

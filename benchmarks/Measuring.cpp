@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include <sys/resource.h>
@@ -77,6 +78,14 @@ std::vector<Times> medians(const std::vector<std::function<Times()>>& works, int
     result.push_back({median(processor[i]), median(wall[i])});
   }
   return result;
+}
+
+int finish(void (*run)()) try {
+  run();
+  return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+  print("%s\n", error.what());
+  return EXIT_FAILURE;
 }
 
 }  // namespace quibel::benchmarks

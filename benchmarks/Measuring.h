@@ -25,4 +25,8 @@ Times measureProgram(const std::vector<std::string>& command);
 /// meets all of them, and returns the median of each one's times.
 std::vector<Times> medians(const std::vector<std::function<Times()>>& works, int rounds);
 
+/// Runs a whole benchmark and returns what its program ends with, having printed what
+/// it threw.
+int finish(void (*run)());
+
 }  // namespace quibel::benchmarks

@@ -99,10 +99,4 @@ void run() {
 }  // namespace
 }  // namespace quibel::benchmarks
 
-int main() try {
-  quibel::benchmarks::run();
-  return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-  quibel::benchmarks::print("%s\n", error.what());
-  return EXIT_FAILURE;
-}
+int main() { return quibel::benchmarks::finish(quibel::benchmarks::run); }

@@ -1,6 +1,5 @@
 // Going to the end of a song of three hours, beside decoding it up to there.
 
-#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 
@@ -72,10 +71,4 @@ void run() {
 }  // namespace
 }  // namespace quibel::benchmarks
 
-int main() try {
-  quibel::benchmarks::run();
-  return EXIT_SUCCESS;
-} catch (const std::exception& error) {
-  quibel::benchmarks::print("%s\n", error.what());
-  return EXIT_FAILURE;
-}
+int main() { return quibel::benchmarks::finish(quibel::benchmarks::run); }
