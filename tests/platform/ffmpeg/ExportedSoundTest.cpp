@@ -20,7 +20,8 @@ double level(const std::vector<float>& samples, std::size_t from, std::size_t to
 }
 
 TEST_F(Export, FirstFrameIsTheSongsFrameAtTheStart) {
-  const Sound source = song(44'100, 2, std::size_t{10} * 44'100);
+  // No noise in it: of that any coder leaves some out, and the level falls.
+  const Sound source = sweep(44'100, 2, std::size_t{10} * 44'100, 0.4F);
   const auto path = wav(source);
   for (const double start : {0.0, 0.5, 3.21, 9.5}) {
     const double duration = std::min(2.0, 10 - start);
@@ -31,7 +32,8 @@ TEST_F(Export, FirstFrameIsTheSongsFrameAtTheStart) {
     EXPECT_EQ(lagBehind(expected, tone, 200, 200, expected.frames() - 400), 0) << start;
     for (std::size_t channel = 0; channel < 2; ++channel) {
       EXPECT_NEAR(level(tone.channels[channel], 0, tone.frames()),
-                  level(expected.channels[channel], 0, tone.frames()), 0.1);
+                  level(expected.channels[channel], 0, tone.frames()), 0.1)
+          << start;
     }
   }
 }
