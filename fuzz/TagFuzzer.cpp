@@ -23,8 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static_cast<void>(ffmpeg::parseMpegHeader(bytes));
   const auto tag = ffmpeg::readMpegTag(*input);
   const auto header = ffmpeg::readFirstMpegHeader(*input);
-  const auto packets = ffmpeg::countMpegPackets(*input, 0);
-  if (header && packets) static_cast<void>(ffmpeg::mpegExtent(*packets, header->frames, tag));
+  const auto index = ffmpeg::indexMpegPackets(*input, 0);
+  if (header && index) {
+    static_cast<void>(ffmpeg::mpegExtent(index->packets, header->frames, tag));
+  }
 
   static_cast<void>(ffmpeg::readOggLinks(*input));
   for (const int stream : {0, 1}) static_cast<void>(ffmpeg::readOggGranules(*input, stream));

@@ -62,6 +62,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   const auto extent = measure(input, *source, plan);
   if (!extent) return std::unexpected(extent.error());
   plan.clock = extent->clock;
+  plan.index = extent->index;
   if (plan != opened) {
     source = openSource(input, plan);
     if (!source) return std::unexpected(source.error());

@@ -128,4 +128,8 @@ bool Demuxer::seek(std::int64_t time) {
   return av_seek_frame(format_.get(), stream_->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
+bool Demuxer::seekToByte(std::int64_t position) {
+  return av_seek_frame(format_.get(), stream_->index, position, AVSEEK_FLAG_BYTE) >= 0;
+}
+
 }  // namespace quibel::ffmpeg

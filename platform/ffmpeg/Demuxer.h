@@ -28,6 +28,10 @@ class Demuxer {
   /// in the stream's time base. False if it cannot; the position is then unknown.
   bool seek(std::int64_t time);
 
+  /// Moves to a packet that begins at a byte position of the file. Its time and those
+  /// of all that follow are then unknown. False if it cannot.
+  bool seekToByte(std::int64_t position);
+
   const AVStream& stream() const { return *stream_; }
   const AVFormatContext& format() const { return *format_; }
 

@@ -1,12 +1,26 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "platform/ffmpeg/Codecs.h"
 
 namespace quibel::ffmpeg {
+
+/// Where some of a stream's packets lie, for a stream whose packets all hold as
+/// many frames and can be read from any of them on.
+struct PacketIndex {
+  /// Packets from one place to the next: fewer than are decoded before a place that
+  /// is gone to, so that finding them costs less than that.
+  static constexpr std::int64_t step = 32;
+
+  std::vector<std::int64_t> places;  ///< of every step-th packet, in bytes of the file
+  std::int64_t packets = 0;          ///< in all
+  std::int64_t packetFrames = 0;     ///< at the output's rate
+};
 
 /// Which part of a coded stream is the song. Positions and lengths are in
 /// frames at the output's rate.
@@ -14,6 +28,7 @@ struct Extent {
   Clock clock = Clock::timestamps;
   std::int64_t origin = 0;  ///< coded position of the song's first frame
   std::int64_t length = 0;
+  std::shared_ptr<const PacketIndex> index = nullptr;  ///< null where the container finds packets
 
   friend bool operator==(const Extent&, const Extent&) = default;
 };

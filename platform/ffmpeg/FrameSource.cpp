@@ -124,6 +124,7 @@ bool FrameSource::seek(std::int64_t target) {
     case Clock::timestamps:
       return seekByTime(target, *lead);
     case Clock::durations:
+      if (plan_.index) return seekByIndex(target - *lead);
       return target - *lead >= next_ && !ended_ && skipTo(target - *lead);
     case Clock::decoding:
       return target >= next_ && !ended_;
@@ -156,10 +157,7 @@ bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
         av_rescale_q_rnd(asked, {1, plan_.outputRate}, stream.time_base, AV_ROUND_DOWN);
     if (asked < 0) return false;
     const bool isFound = demuxer_->seek(time);
-    decoder_.flush();
-    converter_.reset();
-    isConverting_ = false;
-    ended_ = false;
+    forget();
     if (isFound && readPositionedPacket() && *pendingPosition_ <= target - lead) {
       packetIsPending_ = true;
       next_ = *pendingPosition_;
@@ -168,6 +166,28 @@ bool FrameSource::seekByTime(std::int64_t target, std::int64_t lead) {
     asked -= step;
   }
   return false;
+}
+
+bool FrameSource::seekByIndex(std::int64_t position) {
+  const PacketIndex& index = *plan_.index;
+  const std::int64_t framesPerPlace = PacketIndex::step * index.packetFrames;
+  if (index.places.empty() || framesPerPlace <= 0) return false;
+  const std::int64_t place =
+      std::clamp<std::int64_t>(position / framesPerPlace, 0, std::ssize(index.places) - 1);
+  if (!demuxer_->seekToByte(index.places[static_cast<std::size_t>(place)])) return false;
+  forget();
+  next_ = place * framesPerPlace;
+  clock_.restart(next_);
+  return true;
+}
+
+// After a move of the demuxer: what was read before it is no beginning of what comes.
+void FrameSource::forget() {
+  decoder_.flush();
+  converter_.reset();
+  isConverting_ = false;
+  packetIsPending_ = false;
+  ended_ = false;
 }
 
 bool FrameSource::skipTo(std::int64_t position) {

@@ -7,6 +7,7 @@
 #include "platform/ffmpeg/Codecs.h"
 #include "platform/ffmpeg/Decoder.h"
 #include "platform/ffmpeg/Demuxer.h"
+#include "platform/ffmpeg/Extent.h"
 #include "platform/ffmpeg/SectionConverter.h"
 
 namespace quibel::ffmpeg {
@@ -23,6 +24,9 @@ class PacketClock {
   /// The position of the next packet of the stream, or nothing where it follows
   /// on what came before.
   std::optional<std::int64_t> position(const AVPacket& packet);
+
+  /// With Clock::durations: the next packet begins at a position.
+  void restart(std::int64_t position) { next_ = position; }
 
   /// Frames of the packet that position() was last asked about, where it tells them.
   std::optional<std::int64_t> duration() const { return duration_; }
@@ -47,6 +51,7 @@ class FrameSource {
     Clock clock = Clock::timestamps;
     int outputRate = 0;  ///< frames per second of what is delivered
     int channels = 0;    ///< of what is delivered; 0 to leave everything as it is decoded
+    std::shared_ptr<const PacketIndex> index = nullptr;  ///< with Clock::durations, if any
 
     friend bool operator==(const Plan&, const Plan&) = default;
   };
@@ -90,7 +95,9 @@ class FrameSource {
   Fed feed();
   bool readPositionedPacket();
   bool seekByTime(std::int64_t target, std::int64_t lead);
+  bool seekByIndex(std::int64_t position);
   bool skipTo(std::int64_t position);
+  void forget();
 
   std::shared_ptr<Input> input_;
   std::unique_ptr<Demuxer> demuxer_;

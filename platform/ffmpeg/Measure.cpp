@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <new>
 #include <numeric>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/ExtentCache.h"
@@ -96,14 +98,16 @@ class Measurement {
   std::optional<Extent> mpegFileExtent() const {
     const auto header = readFirstMpegHeader(*input_);
     const std::int64_t begin = opened_.firstPacketPosition();
-    const auto packets = countMpegPackets(*input_, begin);
-    if (!header || !packets || header->sampleRate != plan_.outputRate) return std::nullopt;
+    auto index = indexMpegPackets(*input_, begin);
+    if (!header || !index || header->sampleRate != plan_.outputRate) return std::nullopt;
     const auto tag = readMpegTag(*input_);
     // FFmpeg takes a tag that does not stand where it expects one for sound.
     const int decodedTags = tag && tag->position == begin ? 1 : 0;
-    Extent found = mpegExtent(*packets - decodedTags, header->frames, tag);
+    Extent found = mpegExtent(index->packets - decodedTags, header->frames, tag);
     found.origin += std::int64_t{decodedTags} * header->frames;
-    found.clock = plan_.clock;
+    // FFmpeg finds a place only by reading everything before it.
+    found.clock = Clock::durations;
+    found.index = std::make_shared<const PacketIndex>(std::move(*index));
     return found;
   }
 

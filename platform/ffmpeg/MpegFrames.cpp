@@ -160,7 +160,7 @@ std::optional<MpegTag> readMpegTag(Input& input) {
   return tag;
 }
 
-std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position) {
+std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position) {
   std::vector<std::uint8_t> block(std::size_t{256} << 10);
   std::int64_t blockBegin = 0;
   std::span<const std::uint8_t> data;
@@ -173,7 +173,7 @@ std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position
     return data.subspan(static_cast<std::size_t>(place - blockBegin));
   };
   std::optional<MpegHeader> first;
-  std::int64_t packets = 0;
+  PacketIndex index;
   while (position < input.size()) {
     const auto bytes = at(position);
     const auto header = parseMpegHeader(bytes);
@@ -183,12 +183,16 @@ std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position
       if (!isTagAtTheEnd(bytes) && findFrame(input, position, input.size())) return std::nullopt;
       break;
     }
-    if (!first) first = header;
+    if (!first) {
+      first = header;
+      index.packetFrames = header->frames;
+    }
     if (position + header->size > input.size()) break;
+    if (index.packets % PacketIndex::step == 0) index.places.push_back(position);
     position += header->size;
-    ++packets;
+    ++index.packets;
   }
-  return packets;
+  return index;
 }
 
 Extent mpegExtent(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag) {

@@ -43,9 +43,9 @@ std::optional<MpegTag> readMpegTag(Input& input);
 /// The header of the file's first frame, behind any tags.
 std::optional<MpegHeader> readFirstMpegHeader(Input& input);
 
-/// Packets of an unbroken stream from a byte position to the last frame, whatever
-/// comes behind it. Nothing where the stream is broken or changes its rate.
-std::optional<std::int64_t> countMpegPackets(Input& input, std::int64_t position);
+/// The packets of an unbroken stream from a byte position to the last frame,
+/// whatever comes behind it. Nothing where the stream is broken or changes its rate.
+std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position);
 
 /// The song in a stream of `packets` packets of `packetFrames` frames.
 Extent mpegExtent(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag);

@@ -77,7 +77,8 @@ std::int64_t bytesRead() {
 }
 
 TEST(Seeking, FindsAPlaceAgainWithoutReadingAllThatIsBeforeIt) {
-  for (const char* name : {"Flac", "OggFlac", "AacM4a", "Alac"}) {
+  for (const char* name :
+       {"Flac", "OggFlac", "AacM4a", "Alac", "Mp3VariableRate", "Mp3WithoutHeader"}) {
     const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
     ASSERT_NE(format, songFormats().end()) << name;
     const TemporaryDirectory directory;
