@@ -32,8 +32,11 @@ Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRat
   const std::int64_t mediaEnd = counted.origin + counted.length;
 
   std::optional<std::int64_t> gaplessEnd;
-  if (track.gapless) gaplessEnd = counted.origin + track.gapless->delay + track.gapless->length;
-  if (gaplessEnd && *gaplessEnd > mediaEnd) gaplessEnd.reset();
+  if (track.gapless && counted.origin + track.gapless->delay < mediaEnd) {
+    // Of a file that was cut there is less than its note says.
+    const std::int64_t noted = track.gapless->delay + track.gapless->length;
+    gaplessEnd = std::min(counted.origin + noted, mediaEnd);
+  }
 
   // From the first edit's beginning to the last one's end; empty edits are silence
   // before a film, and no part of a song.

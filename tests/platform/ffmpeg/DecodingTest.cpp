@@ -26,9 +26,11 @@ class Decoding : public testing::TestWithParam<SongFormat> {
 };
 
 TEST_P(Decoding, LengthIsExactAndIsWhatReadsDeliver) {
-  const auto song = openSong(make(test::song(GetParam().rate, 2, sourceLength)));
+  const auto song = openSong(make(test::song(GetParam().rate, GetParam().channels, sourceLength)));
   EXPECT_EQ(song->length(), GetParam().expectedLength);
-  EXPECT_EQ(song->processingFormat(), (platform::AudioFormat{double(GetParam().rate), 2}));
+  EXPECT_EQ(
+      song->processingFormat(),
+      (platform::AudioFormat{double(GetParam().rate), static_cast<unsigned>(GetParam().channels)}));
   EXPECT_EQ(song->framePosition(), 0);
   const auto length = song->length();
   EXPECT_EQ(readAll(*song).frames(), length);
@@ -36,7 +38,7 @@ TEST_P(Decoding, LengthIsExactAndIsWhatReadsDeliver) {
 }
 
 TEST_P(Decoding, EverySampleIsInItsPlace) {
-  const Sound source = test::song(GetParam().rate, 2, sourceLength);
+  const Sound source = test::song(GetParam().rate, GetParam().channels, sourceLength);
   const Sound decoded = readAll(make(source));
   if (GetParam().isLossless) {
     const Sound expected = quantized(source, WavFormat::signed16);
@@ -49,7 +51,8 @@ TEST_P(Decoding, EverySampleIsInItsPlace) {
 }
 
 TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
-  const auto file = make(test::song(GetParam().rate, 2, std::size_t{7} * 44'100 + 77));
+  const auto file =
+      make(test::song(GetParam().rate, GetParam().channels, std::size_t{7} * 44'100 + 77));
   const Sound whole = readAll(file);
   const auto song = openSong(file);
   std::mt19937_64 random(7);

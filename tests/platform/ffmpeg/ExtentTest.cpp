@@ -62,9 +62,14 @@ TEST_F(MovieExtent, GaplessNoteMakesACoarseEditExact) {
   EXPECT_EQ(extent({{1000, 2112}}, GaplessInfo{2112, 88'211}).length, 44'100);
 }
 
+TEST_F(MovieExtent, GaplessNoteOfACutFileStillTellsItsDelay) {
+  EXPECT_EQ(extent({}, GaplessInfo{2112, 900'000}),
+            (Extent{Clock::timestamps, 2112, 91'136 - 2112}));
+}
+
 TEST_F(MovieExtent, NotesBeyondTheMediaAreNotBelieved) {
   EXPECT_EQ(extent({{2000, 200'000}}), (Extent{Clock::timestamps, 0, 91'136}));
-  EXPECT_EQ(extent({}, GaplessInfo{2112, 900'000}), (Extent{Clock::timestamps, 0, 91'136}));
+  EXPECT_EQ(extent({}, GaplessInfo{91'136, 900'000}), (Extent{Clock::timestamps, 0, 91'136}));
   EXPECT_EQ(extent({{9'999'999, 2112}}).length, 91'136 - 2112);
 }
 

@@ -20,6 +20,20 @@ Arguments ffmpeg(const Arguments& options) {
   return command;
 }
 
+// A song that takes more than one program: {in} is $0 and {out} is $1.
+Arguments shell(const std::string& script) { return {"sh", "-ec", script, "{in}", "{out}"}; }
+
+// AAC as FFmpeg writes it, with iTunes' own note of the delay, the padding and the song.
+Arguments taggedAac(const std::string& options) {
+  return shell("ffmpeg -v error -y -i $0 -c:a aac -aac_pns 0 -fflags +bitexact " + options +
+               " $1\n"
+               "frames=$((($(stat -c %s $0) - 44) / 4))\n"
+               "note=$(printf ' 00000000 %08X %08X %016X' 1024 $((1023 - (frames - 1) % 1024))"
+               " $frames)\n"
+               "AtomicParsley $1 --overWrite --rDNSatom \"$note 00000000 00000000\""
+               " name=iTunSMPB domain=com.apple.iTunes >/dev/null");
+}
+
 SongFormat lossless(std::string name, std::string file, Arguments command) {
   return {std::move(name), std::move(file), std::move(command), source, true};
 }
@@ -27,6 +41,11 @@ SongFormat lossless(std::string name, std::string file, Arguments command) {
 SongFormat lossy(std::string name, std::string file, Arguments command,
                  std::int64_t length = source, int rate = 44'100) {
   return {std::move(name), std::move(file), std::move(command), length, false, rate};
+}
+
+SongFormat mono(SongFormat format) {
+  format.channels = 1;
+  return format;
 }
 
 SongFormat wholeBlocks(std::string name, const std::string& codec, std::int64_t block) {
@@ -49,6 +68,8 @@ std::vector<SongFormat> makeFormats() {
       // last one is, 5.1 does not.
       wholeBlocks("WavImaAdpcm", "adpcm_ima_wav", 1017),
       wholeBlocks("WavMsAdpcm", "adpcm_ms", 1012),
+      // FFmpeg counts the bytes up to a multiple of 8 as sound: these are one.
+      lossless("Wave64", "song.w64", ffmpeg({"-c:a", "pcm_s32le"})),
       lossless("Rf64", "song.wav", ffmpeg({"-rf64", "always"})),
       lossless("Aiff16", "song.aiff", ffmpeg({})),
       lossless("Aiff24", "song.aiff", ffmpeg({"-c:a", "pcm_s24be"})),
@@ -84,6 +105,14 @@ std::vector<SongFormat> makeFormats() {
       // Nothing tells the delay of 1,024 frames here.
       lossy("AacWithoutEdits", "song.m4a",
             ffmpeg({"-c:a", "aac", "-aac_pns", "0", "-use_editlist", "0"}), source + 1024),
+      lossy("AacWithGaplessTag", "song.m4a", taggedAac("-use_editlist 0")),
+      lossy("AacWithEditsAndGaplessTag", "song.m4a", taggedAac("")),
+      // FFmpeg encodes the lower half only, and says that there is no upper one: here it
+      // is told that there is.
+      lossy("HeAac", "song.m4a",
+            shell("ffmpeg -v error -y -i $0 -ar 22050 -c:a aac -aac_pns 0 -fflags +bitexact $1\n"
+                  "LC_ALL=C sed -i 's/\\x56\\xe5\\x00/\\x56\\xe5\\xa0/' $1"),
+            source + 1),
       lossy("AacAdts", "song.aac", ffmpeg({"-c:a", "aac", "-aac_pns", "0"}),
             inPackets(source + 1024, 1024)),
       lossy("Vorbis", "song.ogg", {"oggenc", "-Q", "-o", "{out}", "{in}"}),
@@ -94,6 +123,9 @@ std::vector<SongFormat> makeFormats() {
       lossy("OpusShortPackets", "song.opus",
             {"opusenc", "--quiet", "--framesize", "5", "{in}", "{out}"}, source, 48'000),
       lossy("WebmOpus", "song.webm", ffmpeg({"-c:a", "libopus"}), source, 48'000),
+      // FFmpeg's encoder puts one block before the song, and its decoder leaves two out.
+      lossy("Wma", "song.wma", ffmpeg({"-c:a", "wmav2"}), inPackets(source, 2048) - 2048),
+      mono(lossy("Amr", "song.amr-nb", {"sox", "{in}", "{out}"}, inPackets(source, 160), 8'000)),
       lossy("Ac3", "song.ac3", ffmpeg({"-c:a", "ac3"}), inPackets(source, 1536)),
       lossy("Eac3", "song.eac3", ffmpeg({"-c:a", "eac3"}), inPackets(source, 1536)),
   };

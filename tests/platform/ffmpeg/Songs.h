@@ -44,7 +44,8 @@ struct SongFormat {
   std::vector<std::string> command;  ///< "{in}" and "{out}" stand for the files
   std::int64_t expectedLength = 0;   ///< of a song of `sourceLength` frames
   bool isLossless = false;
-  int rate = 44'100;  ///< of the source; its two channels are kept
+  int rate = 44'100;  ///< of the source, and of the song
+  int channels = 2;
 };
 
 /// Odd on purpose: no codec's block, no container's unit, no millisecond ends here.

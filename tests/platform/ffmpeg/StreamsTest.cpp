@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "tests/platform/ffmpeg/Songs.h"
@@ -105,6 +107,36 @@ TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
   for (std::size_t i = 10'000; i < 40'000; ++i) same += tone.channels[0][i] * second.channels[0][i];
   EXPECT_GT(same / 30'000, 0.03) << "the tone of 220 Hz keeps its pitch and phase";
   expectSeeksToBeExact("chain.ogg");
+}
+
+TEST_F(Streams, TagOfFraunhofersEncoderIsNoSound) {
+  writeWav(file("s.wav"), song(44'100, 2, sourceLength));
+  run({"lame", "--quiet", "-t", "-b", "128", file("s.wav"), file("plain.mp3")});
+  const auto plain = readBytes(file("plain.mp3"));
+  // A frame of its own in front: a header and, behind 32 empty bytes, the tag.
+  std::vector<std::uint8_t> tagged(plain.begin(), plain.begin() + 4);
+  tagged.resize(417);
+  const std::string tag("VBRI\0\1\x04\x40\0\x50", 10);
+  std::ranges::copy(tag, tagged.begin() + 36);
+  // The bytes and the frames of all; no table of places.
+  for (std::size_t i = 0; i < 4; ++i) {
+    tagged[46 + i] = static_cast<std::uint8_t>(plain.size() >> (24 - 8 * i));
+  }
+  tagged[53] = 77;
+  tagged.insert(tagged.end(), plain.begin(), plain.end());
+  writeBytes(file("tagged.mp3"), tagged);
+
+  const Sound expected = readAll(file("plain.mp3"));
+  const Sound sound = readAll(file("tagged.mp3"));
+  EXPECT_EQ(sound.frames(), expected.frames());
+  EXPECT_EQ(greatestDifference(expected, 0, sound), 0);
+  expectSeeksToBeExact("tagged.mp3");
+}
+
+TEST_F(Streams, FreeFormatIsRefusedWithASentence) {
+  writeWav(file("s.wav"), song(44'100, 2, sourceLength));
+  run({"lame", "--quiet", "-t", "--freeformat", "-b", "200", file("s.wav"), file("free.mp3")});
+  EXPECT_EQ(failureOf(file("free.mp3")), "El archivo no es de un formato de audio conocido.");
 }
 
 TEST_F(Streams, ChangeOfRateOrChannelsKeepsTheFormOfTheFirstSection) {
