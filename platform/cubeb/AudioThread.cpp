@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/cubeb/ThreadPriority.h"
+
 namespace quibel::playback {
 namespace {
 
@@ -89,6 +91,8 @@ void AudioThread::post(Task task) {
 }
 
 void AudioThread::run() {
+  // The sound output's own threads are started from here, with this priority.
+  runBeforeOtherWork();
   {
     OutputDevice device(connect_);
     Players players;

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -35,6 +36,11 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::signal(int number) const { ::kill(pid_, number); }
+
+void ChildProcess::runBeforeOtherWork() const {
+  const sched_param parameters{.sched_priority = 5};
+  static_cast<void>(::sched_setscheduler(pid_, SCHED_RR, &parameters));
+}
 
 bool ChildProcess::hasEnded() {
   if (pid_ != 0 && ::waitpid(pid_, nullptr, WNOHANG) == pid_) pid_ = 0;

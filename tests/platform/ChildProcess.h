@@ -18,6 +18,10 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   void signal(int number) const;
+
+  /// Gives its first thread real-time priority, where that is allowed.
+  void runBeforeOtherWork() const;
+
   bool hasEnded();
 
  private:

@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <atomic>
 #include <latch>
+#include <thread>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sched.h>
 
 #include "tests/platform/cubeb/PlayerFixture.h"
 
@@ -197,6 +200,19 @@ TEST_F(Player, TwoHundredQuickTogglesEachPlay) {
     player->stop();
     player.reset();
   }
+}
+
+TEST_F(Player, TheSoundOutputsThreadsRunBeforeOtherWorkWhereThatIsAllowed) {
+  int allowed = 0;
+  std::thread([&] {
+    const sched_param parameters{.sched_priority = 1};
+    if (::pthread_setschedparam(::pthread_self(), SCHED_RR, &parameters) == 0) allowed = SCHED_RR;
+  }).join();
+  std::atomic<int> policy = -1;
+  output.beforeConnect = [&] { std::thread([&] { policy = ::sched_getscheduler(0); }).join(); };
+  open();
+  EXPECT_EQ(policy, allowed);
+  EXPECT_EQ(::sched_getscheduler(0), SCHED_OTHER) << "but not the one that opens it";
 }
 
 TEST_F(Player, TheSinkHasTheSongsRateAndChannels) {

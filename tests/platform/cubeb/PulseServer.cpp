@@ -66,6 +66,9 @@ void PulseServer::start() {
       throw std::runtime_error("the sound server does not start");
     std::this_thread::yield();
   }
+  // It stands for a sound card, which a busy machine keeps waiting no longer than
+  // one at rest. By itself it sees to that for only one of its two threads.
+  process_->runBeforeOtherWork();
 }
 
 void PulseServer::kill() { process_.reset(); }
