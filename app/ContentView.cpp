@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "app/AlertDialog.h"
+#include "app/Announcements.h"
 #include "app/Header.h"
 #include "app/StatusArea.h"
 #include "platform/desktop/Urls.h"
@@ -31,6 +32,7 @@ ContentView::ContentView(QWidget* parent)
 
 ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
     : QWidget(parent), editor_(std::move(editor)) {
+  installAnnouncements();
   header_ = new Header(editor_);
   welcome_ = new WelcomeScreen(editor_);
   workspace_ = new WorkspaceScreen(editor_);

@@ -9,8 +9,6 @@
 #include "platform/desktop/Panels.h"
 #include "platform/desktop/PreciseTimer.h"
 #include "platform/desktop/Reveal.h"
-#include "platform/ffmpeg/AudioFile.h"
-#include "platform/ffmpeg/ExportSession.h"
 
 namespace quibel {
 
@@ -85,21 +83,27 @@ DesktopPlatform::~DesktopPlatform() {
 
 platform::Result<std::unique_ptr<platform::AudioFile>> DesktopPlatform::openAudioFile(
     const platform::FileURL& url) {
+  const auto media = media_.load();
+  if (!media) return std::unexpected(media.error());
   // Who opens a song soon listens to it.
-  audioOutput_.warmUp();
-  return ffmpeg::openAudioFile(url, stop_.get_token());
+  (*media)->warmUp();
+  return (*media)->openAudioFile(url, stop_.get_token());
 }
 
 platform::Result<std::unique_ptr<platform::AudioPlayer>> DesktopPlatform::openAudioPlayer(
     const platform::FileURL& url) {
-  auto song = ffmpeg::openAudioFile(url, stop_.get_token());
+  const auto media = media_.load();
+  if (!media) return std::unexpected(media.error());
+  auto song = (*media)->openAudioFile(url, stop_.get_token());
   if (!song) return std::unexpected(song.error());
-  return audioOutput_.makePlayer(std::move(*song));
+  return (*media)->makePlayer(std::move(*song));
 }
 
 std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(
     const platform::FileURL& url) {
-  auto session = ffmpeg::makeExportSession(url, stop_.get_token());
+  const auto media = media_.load();
+  if (!media) return nullptr;
+  auto session = (*media)->makeExportSession(url, stop_.get_token());
   if (!session) return nullptr;
   return std::make_shared<CountedExportSession>(std::move(session), exports_);
 }

@@ -4,10 +4,10 @@
 #include <stop_token>
 
 #include "platform/Platform.h"
-#include "platform/cubeb/AudioOutput.h"
 #include "platform/desktop/BackgroundQueue.h"
 #include "platform/desktop/LocalFileManager.h"
 #include "platform/desktop/MainQueue.h"
+#include "platform/media/MediaModule.h"
 
 namespace quibel {
 
@@ -47,7 +47,7 @@ class DesktopPlatform final : public platform::Platform {
   std::stop_source stop_;
   desktop::LocalFileManager fileManager_;
   desktop::MainQueue mainQueue_;
-  playback::AudioOutput audioOutput_;
+  media::MediaModule media_;
   std::shared_ptr<ExportsUnderWay> exports_;
   desktop::BackgroundQueue backgroundQueue_;
 };

@@ -1,5 +1,6 @@
 #include "app/StatusArea.h"
 
+#include <QAccessible>
 #include <QHBoxLayout>
 
 #include "app/Spinner.h"
@@ -35,12 +36,23 @@ StatusArea::StatusArea(QWidget* parent) : QStackedWidget(parent) {
 void StatusArea::showProgress(const QString& text) {
   progress_->showText(text);
   setCurrentIndex(0);
+  announce(text);
 }
 
 void StatusArea::showStatus(const QString& text) {
   status_->showText(text);
   status_->setToolTip(plainToolTip(text));
   setCurrentIndex(1);
+  announce(text);
+}
+
+void StatusArea::announce(const QString& text) {
+  if (text == accessibleName()) return;
+  setAccessibleName(text);
+  if (text.isEmpty() || !QAccessible::isActive()) return;
+  // Screen readers read a notification out when it appears.
+  QAccessibleEvent appeared(this, QAccessible::ObjectShow);
+  QAccessible::updateAccessibility(&appeared);
 }
 
 }  // namespace quibel

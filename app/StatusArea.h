@@ -7,7 +7,8 @@ namespace quibel {
 class TextLabel;
 
 /// The line below both screens: what goes on, or else guidance or a result. It
-/// is as high as either, so that nothing moves when they change.
+/// is as high as either, so that nothing moves when they change. Assistive
+/// technology is told of every text as it comes.
 class StatusArea : public QStackedWidget {
   Q_OBJECT
 
@@ -18,6 +19,8 @@ class StatusArea : public QStackedWidget {
   void showStatus(const QString& text);
 
  private:
+  void announce(const QString& text);
+
   TextLabel* progress_;
   TextLabel* status_;
 };

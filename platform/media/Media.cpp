@@ -1,0 +1,38 @@
+#include "platform/media/Media.h"
+
+#include "platform/cubeb/AudioOutput.h"
+#include "platform/ffmpeg/AudioFile.h"
+#include "platform/ffmpeg/ExportSession.h"
+
+namespace quibel::media {
+namespace {
+
+class FFmpegAndCubeb final : public Media {
+ public:
+  platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(
+      const platform::FileURL& url, std::stop_token stop) override {
+    return ffmpeg::openAudioFile(url, std::move(stop));
+  }
+
+  void warmUp() override { output_.warmUp(); }
+
+  platform::Result<std::unique_ptr<platform::AudioPlayer>> makePlayer(
+      std::unique_ptr<platform::AudioFile> song) override {
+    return output_.makePlayer(std::move(song));
+  }
+
+  std::shared_ptr<platform::ExportSession> makeExportSession(const platform::FileURL& url,
+                                                             std::stop_token stop) override {
+    return ffmpeg::makeExportSession(url, std::move(stop));
+  }
+
+ private:
+  playback::AudioOutput output_;
+};
+
+}  // namespace
+}  // namespace quibel::media
+
+extern "C" [[gnu::visibility("default")]] quibel::media::Media* quibelMakeMedia();
+
+quibel::media::Media* quibelMakeMedia() { return new quibel::media::FFmpegAndCubeb; }
