@@ -44,7 +44,8 @@ void run() {
   // Both programs' files are in memory then.
   bare.start();
   quibel.start();
-  const auto times = medians({[&] { return bare.start(); }, [&] { return quibel.start(); }}, rounds);
+  const auto times =
+      medians({[&] { return bare.start(); }, [&] { return quibel.start(); }}, rounds);
   bare.start();
   const double barePeak = bare.peak();
   quibel.start();

@@ -1,8 +1,8 @@
 #include "platform/media/MediaModule.h"
 
-#include <dlfcn.h>
-
 #include <string>
+
+#include <dlfcn.h>
 
 namespace quibel::media {
 namespace {
