@@ -8,7 +8,10 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-from waiting import wait_until  # noqa: E402
+from waiting import PATIENCE, wait_until  # noqa: E402
+
+# How long a program may take to answer a single question.
+ANSWER_SECONDS = 15
 
 # As AT-SPI 2.56 calls them, by the names of 2.46.
 RENAMED_ROLES = {"button": "push button"}
@@ -56,6 +59,24 @@ class Accessible:
         """Where a slider stands."""
         return Atspi.Value.get_current_value(self._node)
 
+    @value.setter
+    def value(self, value):
+        Atspi.Value.set_current_value(self._node, value)
+
+    @property
+    def range(self):
+        """The least and the greatest value of a slider."""
+        return (
+            Atspi.Value.get_minimum_value(self._node),
+            Atspi.Value.get_maximum_value(self._node),
+        )
+
+    def press(self):
+        """Presses a button, as a screen reader does for a person."""
+        actions = range(Atspi.Action.get_n_actions(self._node))
+        press = next(i for i in actions if Atspi.Action.get_action_name(self._node, i) == "Press")
+        Atspi.Action.do_action(self._node, press)
+
     @property
     def box(self):
         """Where it is on the screen, as far as its program knows: a window manager
@@ -87,8 +108,42 @@ class Accessible:
             if child is not None:
                 yield from Accessible(child).walk()
 
+    @property
+    def focused(self):
+        return self._has(Atspi.StateType.FOCUSED)
+
     def _has(self, state):
         return self._node.get_state_set().contains(state)
+
+
+class Announcements:
+    """What a screen reader reads out without being asked: notifications and alerts
+    as they appear, each as (role, name, description)."""
+
+    EVENT = "object:state-changed:showing"
+
+    def __init__(self):
+        self._heard = []
+        self._listener = Atspi.EventListener.new(self._hear)
+        self._listener.register(self.EVENT)
+
+    def close(self):
+        self._listener.deregister(self.EVENT)
+
+    def heard(self):
+        """All of them so far, the first one first."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._heard
+
+    def _hear(self, event):
+        try:
+            source = event.source
+            role = source.get_role_name()
+            if event.detail1 and role in ("notification", "alert"):
+                self._heard.append((role, source.get_name(), source.get_description()))
+        except GLib.Error:
+            pass  # gone again already
 
 
 class Screen:
@@ -101,16 +156,18 @@ class Screen:
     def __init__(self, desktop):
         os.environ.update(desktop.environment)
         Atspi.init()
+        # As is, a call that a busy program leaves unanswered for 0.8 s fails, and
+        # what it asked about looks as if it were not there.
+        patience = round(ANSWER_SECONDS * PATIENCE * 1000)
+        Atspi.set_timeout(patience, patience)
         self._root = Atspi.get_desktop(0)
         # Nobody runs the loop that would keep a cache fresh.
         self._root.set_cache_mask(Atspi.Cache.NONE)
 
     def elements(self, program):
-        """Every showing element of a program; none while it is not there or changing."""
-        try:
-            return [element for element in self._walk(program) if element.showing]
-        except GLib.Error:
-            return []
+        """Every showing element of a program; none while it is not there."""
+        (found,) = wait_until(lambda: self._showing(program), f"{program} to stand still")
+        return found
 
     def find(self, program, role, name=None):
         """The first showing element with that role and name, or None."""
@@ -131,6 +188,14 @@ class Screen:
         """What a program shows, a line an element, for a person to read."""
         shown = [f"  {element.role} {element.name!r}" for element in self.elements(program)]
         return "\n".join(shown) or "  nothing"
+
+    def _showing(self, program):
+        """The showing elements in a tuple of one, or None if the program has changed
+        while it was looked at."""
+        try:
+            return ([element for element in self._walk(program) if element.showing],)
+        except GLib.Error:
+            return None
 
     def _walk(self, program):
         for index in range(self._root.get_child_count()):
