@@ -1,0 +1,92 @@
+import contextlib
+
+import songs
+from accessible import Announcements
+from ear import Ear
+from quibel import (
+    ACCEPT, CHOOSE, CREATE, END_HANDLE, GUIDANCE, LISTEN, OPEN_PANEL, SAVE_PANEL, START_HANDLE, STOP,
+)  # fmt: skip
+from ringtone import Ringtone
+from scenario import Scenario
+from waiting import wait_until
+
+
+class Accessibility(Scenario):
+    """Without a pointer and without the keyboard: through AT-SPI alone, as a switch or
+    a voice would."""
+
+    def setUp(self):
+        super().setUp()
+        self._announcements = self.enterContext(contextlib.closing(Announcements()))
+
+    def test_the_whole_job_can_be_done(self):
+        self.choose(songs.tone(self.song("canción.wav"), 60))
+        self.wait_until_announced("notification", GUIDANCE)
+        self.assertEqual(self.quibel.fragment(), (0, 40, 40))
+        start, end = self.slider(START_HANDLE), self.slider(END_HANDLE)
+        self.assertEqual((start.value, *start.range), (0, 0, 39.5))
+        self.assertEqual((end.value, *end.range), (40, 0.5, 60))
+
+        start.value = 12.5
+        end.value = 20
+        wait_until(lambda: self.quibel.fragment() == (12.5, 7.5, 20), "the fragment")
+        self.assertEqual((start.value, *start.range), (12.5, 0, 19.5))
+        self.assertEqual((end.value, *end.range), (20, 13, 60))
+
+        with contextlib.closing(Ear(self.desktop)) as ear:
+            self.press(LISTEN)
+            ear.wait_for_sound()
+        self.press(STOP)
+        self.quibel.button(LISTEN)
+
+        self.press(CREATE)
+        saved = self.song("tono.m4r")
+        self.answer(SAVE_PANEL, saved, "Guardar")
+        self.wait_until_announced("notification", "Tono guardado: tono.m4r")
+        self.assertAlmostEqual(Ringtone(saved).seconds, 7.5, delta=0.001)
+
+    def test_a_slider_keeps_to_the_rules_of_a_drag(self):
+        self.choose(songs.tone(self.song("canción.wav"), 60))
+        self.quibel.wait_until_loaded()
+        start, end = self.slider(START_HANDLE), self.slider(END_HANDLE)
+        start.value = 50
+        wait_until(lambda: self.quibel.fragment() == (39.5, 0.5, 40), "the start before the end")
+        end.value = -7
+        wait_until(lambda: end.value == 40, "the end after the start")
+        end.value = 900
+        wait_until(lambda: self.quibel.fragment() == (39.5, 20.5, 60), "the end of the song")
+        self.assertEqual((start.value, end.value), (39.5, 60))
+
+    def test_an_alert_is_announced_with_its_message(self):
+        text = self.song("apuntes.mp3")
+        text.write_text("No soy una canción.\n")
+        self.choose(text)
+        _, _, message = self.wait_until_announced("alert", "Quibel")
+        self.assertRegex(message, r"^No se ha podido abrir el audio\. \S.*\.$")
+        self.press(ACCEPT)
+        wait_until(lambda: not self.quibel.has_button(ACCEPT), "the alert to go")
+
+    def choose(self, song):
+        self.press(CHOOSE)
+        self.answer(OPEN_PANEL, song, "Abrir")
+
+    def answer(self, title, path, button):
+        """Writes a path into a panel and confirms it."""
+        self.quibel.wait_for("dialog", title)
+        self.quibel.wait_for("text").text = str(path)
+        wait_until(lambda: self.quibel.button(button).enabled, f"{button} to be enabled")
+        self.press(button)
+
+    def press(self, name):
+        self.quibel.button(name).press()
+
+    def slider(self, name):
+        return self.quibel.wait_for("slider", name)
+
+    def wait_until_announced(self, role, name):
+        """Until that is read out; returns it."""
+        return wait_until(
+            lambda: next((a for a in self._announcements.heard() if a[:2] == (role, name)), None),
+            lambda: f"{role} {name!r}, having heard {self._announcements.heard()}",
+            seconds=60,
+        )
