@@ -15,22 +15,26 @@ namespace quibel::playback {
 
 using std::chrono::steady_clock;
 
-PulseRecorder::PulseRecorder(int rate) : rate_(rate) {
+PulseMonitor::PulseMonitor(int rate) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe could be made");
-  process_ = std::make_unique<platform::ChildProcess>(
+  process = std::make_unique<platform::ChildProcess>(
       std::vector<std::string>{"parec", "--device=out.monitor", "--format=float32le", "--raw",
                                "--channels=2", "--rate=" + std::to_string(rate),
                                "--latency-msec=5"},
       ends[1]);
   ::close(ends[1]);
-  reader_ = std::thread([this, fd = ends[0]] { read(fd); });
+  pipe = ends[0];
+}
+
+PulseRecorder::PulseRecorder(int rate) : rate_(rate), monitor_(rate) {
+  reader_ = std::thread([this] { read(monitor_.pipe); });
   if (!eventually([&] { return samples().size() > static_cast<std::size_t>(rate) / 5; }))
     throw std::runtime_error("the recorder does not start");
 }
 
 PulseRecorder::~PulseRecorder() {
-  process_.reset();
+  monitor_.process.reset();
   reader_.join();
 }
 

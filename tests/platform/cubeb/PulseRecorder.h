@@ -11,10 +11,19 @@
 
 namespace quibel::playback {
 
+/// A program that writes what the null sink plays to a pipe: frames of two 32-bit
+/// floats, at the sink's own `rate`, so that they are what it played.
+struct PulseMonitor {
+  explicit PulseMonitor(int rate);
+
+  int pipe = -1;  ///< closed by whoever reads it
+  std::unique_ptr<platform::ChildProcess> process;
+};
+
 /// Records what the null sink plays, from the moment it is made.
 class PulseRecorder {
  public:
-  /// `rate`: the null sink's, so that the recording is what it played.
+  /// `rate`: the null sink's.
   explicit PulseRecorder(int rate);
   ~PulseRecorder();
 
@@ -35,10 +44,10 @@ class PulseRecorder {
   void read(int fd);
 
   const int rate_;
+  PulseMonitor monitor_;
   mutable std::mutex mutex_;
   std::vector<float> samples_;
   std::chrono::steady_clock::time_point beginning_ = std::chrono::steady_clock::time_point::max();
-  std::unique_ptr<platform::ChildProcess> process_;
   std::thread reader_;
 };
 
