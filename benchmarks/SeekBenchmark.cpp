@@ -3,6 +3,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "benchmarks/LongSongs.h"
 #include "benchmarks/Measuring.h"
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/support/TestAudio.h"
@@ -30,25 +31,12 @@ void seek(platform::AudioFile& song, std::int64_t frame) {
 
 void run() {
   const test::TemporaryDirectory directory;
-  const auto file = [&](const std::string& name) { return (directory.path() / name).string(); };
-  print("Making three hours of stereo at 44.1 kHz …\n");
-  test::writeWav(file("part.wav"), test::song(44'100, 2, std::size_t{300} * 44'100));
-  test::run({"lame", "--quiet", file("part.wav"), file("part.mp3")});
-  test::run({"ffmpeg", "-v", "error", "-i", file("part.wav"), file("part.m4a")});
-  test::run({"oggenc", "-Q", "-o", file("part.ogg"), file("part.wav")});
-  for (const char* name : {"song.mp3", "song.m4a", "song.ogg"}) {
-    const std::string part = "part" + std::filesystem::path(name).extension().string();
-    test::run({"ffmpeg", "-v", "error", "-stream_loop", "35", "-i", file(part), "-c", "copy",
-               file(name)});
-  }
-  // Its frames are numbered, so copies of them would be no song.
-  test::run(
-      {"ffmpeg", "-v", "error", "-stream_loop", "35", "-i", file("part.wav"), file("song.flac")});
+  const auto songs = makeLongSongs(directory.path());
 
   print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
   print("%-10s %12s %12s %10s\n", "file", "seek", "decode", "ratio");
-  for (const char* name : {"song.mp3", "song.m4a", "song.flac", "song.ogg"}) {
-    const auto song = ffmpeg::openAudioFile(platform::FileURL(file(name)));
+  for (const auto& file : songs) {
+    const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
     if (!song) throw std::runtime_error(song.error().localizedDescription());
     const std::int64_t end = (*song)->length() - bufferFrames;
     const auto fromTheBeginning = [&](const std::function<void()>& work) {
@@ -63,8 +51,8 @@ void run() {
                                 },
                                 [&] { return fromTheBeginning([&] { readOn(**song, end); }); }},
                                rounds);
-    print("%-10s %12.1f %12.1f %10.4f\n", name, times[0].processor * 1e3, times[1].processor * 1e3,
-          times[0].processor / times[1].processor);
+    print("%-10s %12.1f %12.1f %10.4f\n", file.filename().c_str(), times[0].processor * 1e3,
+          times[1].processor * 1e3, times[0].processor / times[1].processor);
   }
 }
 
