@@ -1,6 +1,7 @@
 """What the windows on a desktop show, read as a screen reader would."""
 
 import os
+import pathlib
 from typing import NamedTuple
 
 import gi
@@ -200,6 +201,16 @@ class Screen:
     def _walk(self, program):
         for index in range(self._root.get_child_count()):
             child = self._root.get_child_at_index(index)
-            if child is not None and child.get_name() == program:
+            if child is not None and _program_of(child) == program:
                 child.set_cache_mask(Atspi.Cache.NONE)
                 yield from Accessible(child).walk()
+
+
+def _program_of(application):
+    """The name of an application's program, found without asking the application,
+    which might not answer."""
+    try:
+        process = application.get_process_id()
+        return pathlib.Path(f"/proc/{process}/comm").read_text().strip()
+    except (GLib.Error, OSError):  # it has just ended
+        return None
