@@ -2,14 +2,28 @@
 
 #include <new>
 #include <string_view>
+#include <vector>
 
 #include "platform/ffmpeg/ChainedAudioFile.h"
 #include "platform/ffmpeg/CodedAudioFile.h"
 #include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/FileCache.h"
 #include "platform/ffmpeg/OggPages.h"
 #include "platform/ffmpeg/PcmAudioFile.h"
 
 namespace quibel::ffmpeg {
+namespace {
+
+/// The links of an Ogg file, for which all of its pages are looked at.
+std::vector<std::int64_t> oggLinks(Input& input) {
+  static FileCache<std::vector<std::int64_t>> cache;
+  if (auto known = cache.find(input.identity())) return *std::move(known);
+  auto links = readOggLinks(input);
+  if (!input.failure()) cache.store(input.identity(), links);
+  return links;
+}
+
+}  // namespace
 
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platform::FileURL& url,
                                                                      std::stop_token stop) try {
@@ -24,7 +38,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared
   auto demuxer = Demuxer::open(input);
   if (!demuxer) return std::unexpected(demuxer.error());
   if (std::string_view((*demuxer)->format().iformat->name) == "ogg") {
-    const auto links = readOggLinks(*input);
+    const auto links = oggLinks(*input);
     if (links.size() > 1) return ChainedAudioFile::open(input, links);
   }
   if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(input), **demuxer);

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "platform/ffmpeg/Errors.h"
-#include "platform/ffmpeg/ExtentCache.h"
+#include "platform/ffmpeg/FileCache.h"
 #include "platform/ffmpeg/MovieBoxes.h"
 #include "platform/ffmpeg/MpegFrames.h"
 #include "platform/ffmpeg/OggPages.h"
@@ -22,8 +22,8 @@ namespace {
 
 constexpr std::int64_t allPackets = std::numeric_limits<std::int64_t>::max();
 
-ExtentCache& cache() {
-  static ExtentCache instance;
+FileCache<Extent>& cache() {
+  static FileCache<Extent> instance;
   return instance;
 }
 
