@@ -1,5 +1,6 @@
 """Dragging something out of another program's window."""
 
+import itertools
 import os
 import urllib.parse
 
@@ -9,14 +10,14 @@ from waiting import wait_until
 class Drag:
     """Something to be dragged, in a window of its own.
 
-    It is data, as it is, under one MIME type.
+    It is data, as it is, under one MIME type; command is the program that offers it.
     """
 
-    def __init__(self, desktop, pointer, program, mime_type, data):
+    def __init__(self, desktop, pointer, command, mime_type, data):
         self._pointer = pointer
-        self._log = desktop.root / "quibel_drag_source.log"
+        self._log = desktop.root / f"{command[0].split('/')[-1]}.log"
         self._earlier = self._log.stat().st_size if self._log.exists() else 0
-        self._process = desktop.start(str(program), mime_type, data)
+        self._process = desktop.start(*command, mime_type, data)
         ready = wait_until(lambda: self._said("ready"), "the window to drag from")
         self._place = tuple(map(int, ready.split()[1:]))
 
@@ -28,11 +29,15 @@ class Drag:
     def move_over(self, x, y):
         """Drags to a place of the screen and returns what the window there answers:
         "accepts" or "refuses"."""
-        self._pointer.move(x - 4, y - 4)
-        self._pointer.move(x, y)
-        return wait_until(
-            lambda: self._said("accepts", "refuses"), "an answer from the window under the drag"
-        )
+        tremble = itertools.cycle((4, 0))
+
+        def answer():
+            # As a hand does: a drag begins with one movement and asks with the next.
+            offset = next(tremble)
+            self._pointer.move(x - offset, y - offset)
+            return self._said("accepts", "refuses")
+
+        return wait_until(answer, "an answer from the window under the drag")
 
     def drop(self):
         """Lets go and returns how the drag ended: "finished" where the window took it,

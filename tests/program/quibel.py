@@ -1,5 +1,6 @@
 """Quibel itself, worked from outside as a person would."""
 
+import pathlib
 import re
 import subprocess
 
@@ -24,6 +25,8 @@ SAVE_PANEL = "Guardar tono para iPhone"
 
 PROGRAM = "quibel"
 
+GTK_SOURCE = ["/usr/bin/python3", "-B", str(pathlib.Path(__file__).with_name("gtk_drag_source.py"))]
+
 
 class Quibel:
     """A running Quibel on a virtual desktop.
@@ -33,7 +36,7 @@ class Quibel:
 
     def __init__(self, desktop, build):
         self.desktop = desktop
-        self._drag_source = build / "quibel_drag_source"
+        self._qt_source = [str(build / "quibel_drag_source")]
         self.pointer = Pointer(desktop)
         self.process = desktop.start(str(build / "quibel"))
         self.screen = Screen(desktop)
@@ -73,7 +76,7 @@ class Quibel:
 
     def click(self, name):
         """Clicks on a button."""
-        self.pointer.click(*self._centre(self.button(name)))
+        self.pointer.click(*self.centre_of(self.button(name)))
 
     def close(self):
         """Closes the window and returns what the process ended with."""
@@ -84,12 +87,13 @@ class Quibel:
 
     # Songs.
 
-    def offer(self, mime_type, data):
-        """Opens another window from which that can be dragged; see Drag."""
-        return Drag(self.desktop, self.pointer, self._drag_source, mime_type, data)
+    def offer(self, mime_type, data, source=None):
+        """Opens another program's window from which that can be dragged; see Drag. It
+        is one of Qt, unless source is the command of another program."""
+        return Drag(self.desktop, self.pointer, source or self._qt_source, mime_type, data)
 
-    def offer_files(self, *paths):
-        return self.offer("text/uri-list", uri_list(*paths))
+    def offer_files(self, *paths, source=None):
+        return self.offer("text/uri-list", uri_list(*paths), source)
 
     def drop_files(self, *paths):
         """Drags files onto the window's middle and lets go; returns how that ended."""
@@ -159,7 +163,7 @@ class Quibel:
     def handle(self, name):
         """Where a handle can be taken: near its middle, on the side of the fragment,
         as the other side is cut off at the song's ends."""
-        x, y = self._centre(self.wait_for("slider", name))
+        x, y = self.centre_of(self.wait_for("slider", name))
         return x + (3 if name == START_HANDLE else -3), y
 
     # The alert.
@@ -174,7 +178,7 @@ class Quibel:
         self.click(ACCEPT)
         wait_until(lambda: not self.has_button(ACCEPT), "the alert to go")
 
-    def _centre(self, element):
+    def centre_of(self, element):
         """Where on the screen an element of the active window has its middle, once
         that window stands still."""
         window = element.window

@@ -1,6 +1,7 @@
 import songs
-from quibel import CHANGE, CHOOSE, CREATE, LISTEN, OPEN_PANEL, STOP
+from quibel import CHANGE, CHOOSE, CREATE, GTK_SOURCE, LISTEN, OPEN_PANEL, STOP
 from scenario import Scenario
+from virtual_desktop import FILE_MANAGER
 from waiting import wait_until
 
 
@@ -30,20 +31,32 @@ class Drop(Scenario):
         self.assertTrue(self.quibel.button(CREATE).enabled)
 
     def test_what_is_no_file_is_refused(self):
-        before = self.quibel.labels()
-        drag = self.quibel.offer("text/plain", "hola").pick_up()
-        self.assertEqual(drag.move_over(*self.quibel.middle()), "refuses")
-        self.assertEqual(drag.drop(), "cancelled")
-        self.assertEqual(self.quibel.labels(), before)
-        self.assertTrue(self.quibel.has_button(CHOOSE))
+        self.assert_refused("text/plain", "hola")
 
-    def test_an_address_that_is_no_file_changes_nothing(self):
-        before = self.quibel.labels()
-        drag = self.quibel.offer("text/uri-list", "https://example.org/cancion.mp3\r\n")
-        drag.pick_up().move_over(*self.quibel.middle())
-        drag.drop()
-        self.assertEqual(self.quibel.labels(), before)
-        self.assertTrue(self.quibel.has_button(CHOOSE))
+    def test_an_address_that_is_no_file_is_refused(self):
+        self.assert_refused("text/uri-list", "https://example.org/cancion.mp3\r\n")
+
+    def test_a_gtk_programs_file_leads_to_the_workspace(self):
+        song = songs.tone(self.song("de otro.wav"), 3)
+        drag = self.quibel.offer_files(song, source=GTK_SOURCE).pick_up()
+        self.assertEqual(drag.move_over(*self.quibel.middle()), "accepts")
+        self.assertEqual(drag.drop(), "finished")
+        self.quibel.wait_until_loaded()
+        self.assertIn("de otro.wav", self.quibel.labels())
+
+    def test_a_file_managers_file_leads_to_the_workspace(self):
+        folder = self.song("canciones")
+        folder.mkdir()
+        songs.tone(folder / "elegida.wav", 3)
+        self.desktop.start(FILE_MANAGER, str(folder))
+        icon = self.quibel.screen.wait_for(FILE_MANAGER, "list item", "elegida.wav", seconds=30)
+        x, y, width, height = self.quibel.box
+        # A corner that no other window lies upon.
+        self.quibel.pointer.drag(
+            self.quibel.centre_of(icon), (x + width - 40, y + height - 40), self.highlighted
+        )
+        self.quibel.wait_until_loaded()
+        self.assertIn("elegida.wav", self.quibel.labels())
 
     def test_a_file_replaces_the_song_and_stops_the_loop(self):
         self.quibel.load(songs.tone(self.song("antes.wav"), 30))
@@ -81,6 +94,22 @@ class Drop(Scenario):
         self.quibel.click(CHANGE)
         self.quibel.cancel_panel(OPEN_PANEL)
         self.assertEqual(self.quibel.labels(), before)
+
+    def assert_refused(self, mime_type, data):
+        before = self.quibel.labels()
+        drag = self.quibel.offer(mime_type, data).pick_up()
+        self.assertEqual(drag.move_over(*self.quibel.middle()), "refuses")
+        self.assertEqual(drag.drop(), "cancelled")
+        self.assertEqual(self.quibel.labels(), before)
+        self.assertTrue(self.quibel.has_button(CHOOSE))
+
+    def highlighted(self):
+        """Whether the welcome panel shows that a file is over the window."""
+        x, y, width, height = self.quibel.box
+        # Across the panel's lower edge.
+        column = self.desktop.pixels(x + width - 100, y + height - 100, 40, 60)
+        pixels = zip(column[::3], column[1::3], column[2::3])
+        return any(blue - red > 150 for red, _, blue in pixels)
 
     def _window_pixels(self):
         return self.desktop.pixels(*self.quibel.box)
