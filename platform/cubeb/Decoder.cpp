@@ -6,9 +6,10 @@
 namespace quibel::playback {
 namespace {
 
-/// Seconds that are decoded before a jump is on offer: more than a sink takes
-/// at once, so that the first sound is not followed by a hole.
-constexpr double leadLength = 0.06;
+/// Seconds that are decoded before a jump is on offer: as long as a busy machine
+/// may keep this thread from decoding on, so that the first sound is not followed
+/// by a hole. Decoding them takes few milliseconds.
+constexpr double leadLength = 0.24;
 
 /// Seconds kept of a jump's first sound: longer than any seek takes.
 constexpr double headLength = 0.5;

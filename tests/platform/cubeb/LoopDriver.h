@@ -27,6 +27,12 @@ class LoopDriver {
     player_.play();
   }
 
+  /// As the handles do, from the next tick on.
+  void select(double start, double end) {
+    start_ = start;
+    end_ = end;
+  }
+
   void tick() {
     next_ += std::chrono::milliseconds(25);
     std::this_thread::sleep_until(next_);
@@ -46,8 +52,8 @@ class LoopDriver {
 
  private:
   platform::AudioPlayer& player_;
-  const double start_;
-  const double end_;
+  double start_;
+  double end_;
   Clock::time_point next_ = Clock::now();
   std::vector<Look> looks_;
 };

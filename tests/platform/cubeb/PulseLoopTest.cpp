@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -123,24 +124,57 @@ TEST_P(PulseLoop, AFragmentThatEndsWithTheSongIsPlayedToItsLastFrame) {
   }
 }
 
-TEST_P(PulseLoop, ThePlayheadIsWhereTheRecordingIs) {
-  const auto looks = loop(0.5, 1.5, 3);
+TEST_P(PulseLoop, ThePlayheadIsWhereTheRecordingIsOnEveryPass) {
+  const auto looks = loop(0.5, 1.5, 4);
   const auto samples = recorder_->samples();
-  std::vector<double> differences;
+  std::vector<std::vector<double>> passes(1);
   for (const auto& look : looks) {
+    if (look.jumped) passes.emplace_back();
     const auto at = static_cast<std::size_t>(recorder_->frameAt(look.when)) * 2;
     if (at >= samples.size() || samples[at] == 0) continue;
     const auto heard = static_cast<double>(frameOf(samples[at])) / GetParam().rate;
     // Around a jump the two lie a whole fragment apart for a moment.
-    if (std::abs(look.playhead - heard) < 0.5) differences.push_back(look.playhead - heard);
+    if (std::abs(look.playhead - heard) < 0.5) passes.back().push_back(look.playhead - heard);
   }
-  ASSERT_GT(differences.size(), 40U);
-  std::ranges::sort(differences);
-  const auto median = differences[differences.size() / 2];
-  RecordProperty("median", std::to_string(median));
-  RecordProperty("least", std::to_string(differences.front()));
-  RecordProperty("most", std::to_string(differences.back()));
-  EXPECT_LT(std::abs(median), 0.015);
+  ASSERT_GE(passes.size(), 4U);
+  for (auto& differences : passes) {
+    // Single looks are late where the machine lets the test itself wait.
+    ASSERT_GT(differences.size(), 10U);
+    std::ranges::sort(differences);
+    EXPECT_LT(std::abs(differences[differences.size() / 2]), 0.015);
+  }
+}
+
+class PulseDrag : public PulseLoop {};
+
+/// Both handles go to and fro for ten seconds, as fast as a hand moves them, and
+/// are never closer than half a second.
+TEST_P(PulseDrag, DraggedHandlesLeaveNoHoleAndJumpToTheStartAlone) {
+  std::set<std::int64_t> starts{frames(1.0)};
+  LoopDriver driver(*player_, 1.0, 2.0);
+  int jumps = 0;
+  for (int tick = 0; tick < 400; ++tick) {
+    const double start = 1.0 + 0.5 * std::abs(std::sin(tick * 0.05));
+    starts.insert(frames(start));
+    driver.select(start, start + 0.5 + 0.5 * std::abs(std::sin(tick * 0.13)));
+    driver.tick();
+    if (driver.looks().back().jumped) ++jumps;
+  }
+  player_->stop();
+  ASSERT_TRUE(eventually([&] { return recorder_->endsInSilence(); }));
+  const auto passes = recordedPasses();
+  EXPECT_EQ(passes.size(), static_cast<std::size_t>(jumps) + 1);
+  for (std::size_t index = 0; index < passes.size(); ++index) {
+    EXPECT_TRUE(starts.contains(passes[index].first)) << passes[index].first;
+    if (index + 1 == passes.size()) break;
+    EXPECT_EQ(passes[index].recordedAt + passes[index].last - passes[index].first + 1,
+              passes[index + 1].recordedAt)
+        << "a hole before the next pass";
+  }
+}
+
+std::string nameOf(const testing::TestParamInfo<SongKind>& kind) {
+  return std::to_string(kind.param.rate) + "Hz" + std::to_string(kind.param.channels) + "channels";
 }
 
 INSTANTIATE_TEST_SUITE_P(Songs, PulseLoop,
@@ -148,10 +182,9 @@ INSTANTIATE_TEST_SUITE_P(Songs, PulseLoop,
                                          SongKind{44'100, 1}, SongKind{44'100, 2},
                                          SongKind{44'100, 6}, SongKind{48'000, 2},
                                          SongKind{96'000, 2}, SongKind{192'000, 6}),
-                         [](const auto& kind) {
-                           return std::to_string(kind.param.rate) + "Hz" +
-                                  std::to_string(kind.param.channels) + "channels";
-                         });
+                         nameOf);
+
+INSTANTIATE_TEST_SUITE_P(Songs, PulseDrag, testing::Values(SongKind{44'100, 2}), nameOf);
 
 }  // namespace
 }  // namespace quibel::playback
