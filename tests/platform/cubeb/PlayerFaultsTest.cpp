@@ -1,7 +1,10 @@
+#include <chrono>
 #include <latch>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "platform/cubeb/Clock.h"
 #include "tests/platform/cubeb/PlayerFixture.h"
 
 namespace quibel::playback {
@@ -76,6 +79,41 @@ TEST_F(PlayerFaults, PlayingOnBringsTheSoundBackWhenTheOutputIs) {
   }));
   EXPECT_EQ(output.connections(), 2);
   expectSong(pullSound(100), 2'000);
+}
+
+TEST_F(PlayerFaults, AnOutputThatIsGoneIsLookedForAtMostOnceASecond) {
+  std::vector<Clock::time_point> attempts;  // the audio thread's, until that has ended
+  output.beforeConnect = [&] { attempts.push_back(Clock::now()); };
+  open();
+  playFrom(2);
+  output.setAbsent(true);
+  output.fail();
+  ASSERT_TRUE(eventually([&] { return !player->isPlaying(); }));
+  ASSERT_TRUE(eventually([&] {
+    player->setCurrentTime(2);
+    player->play();
+    return output.connections() == 4;
+  }));
+  audio.reset();
+  for (std::size_t index = 2; index < attempts.size(); ++index)
+    EXPECT_GE(attempts[index] - attempts[index - 1], std::chrono::seconds(1));
+}
+
+TEST_F(PlayerFaults, AReadErrorInTheFragmentLoopsWhatLiesBeforeIt) {
+  auto file = song();
+  file->failFrom(2'200);
+  open(std::move(file));
+  playFrom(2);
+  for (int pass = 0; pass < 3; ++pass) {
+    pullUntil(2'000);
+    ASSERT_TRUE(eventually([&] {
+      output.pull(1);
+      output.hearAll();
+      return !player->isPlaying();
+    }));
+    player->setCurrentTime(2);
+    player->play();
+  }
 }
 
 TEST_F(PlayerFaults, AReadErrorEndsThePassageThere) {

@@ -88,6 +88,15 @@ TEST_F(Streams, ChainedOggIsOneSong) {
   expectSeeksToBeExact("chain.ogg");
 }
 
+TEST_F(Streams, AnOggFileThatAnotherSongIsJoinedToIsLookedAtAgain) {
+  writeWav(file("one.wav"), song(44'100, 2, sourceLength));
+  run({"oggenc", "-Q", "-o", file("one.ogg"), file("one.wav")});
+  concatenate("one.ogg", "one.ogg", "chain.ogg");
+  ASSERT_EQ(readAll(file("chain.ogg")).frames(), 2 * sourceLength);
+  concatenate("chain.ogg", "one.ogg", "chain.ogg");
+  EXPECT_EQ(readAll(file("chain.ogg")).frames(), 3 * sourceLength);
+}
+
 TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
   writeWav(file("one.wav"), song(44'100, 2, 44'100, 1));
   writeWav(file("two.wav"), song(48'000, 1, 48'000, 5));
