@@ -24,6 +24,10 @@ class Pointer:
         self.move(x, y)
         self._do("click", "1")
 
+    def double_click(self, x, y):
+        self.move(x, y)
+        self._do("click", "--repeat", "2", "1")
+
     def drag(self, start, end, arrived):
         """Drags from one place (x, y) to the other, trembling there as a hand does
         until arrived(); then lets go."""

@@ -24,8 +24,12 @@ class Scenario(unittest.TestCase):
     def setUp(self):
         self.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
         self.desktop = self.enterContext(VirtualDesktop(self.language))
-        self.quibel = Quibel(self.desktop, self.build)
+        self.quibel = self.start()
         self.addCleanup(self._keep_evidence)
+
+    def start(self):
+        """Starts Quibel on the desktop."""
+        return Quibel(self.desktop, self.build)
 
     def tearDown(self):
         """Ends Quibel as a person does, and sees it leave without a complaint."""
