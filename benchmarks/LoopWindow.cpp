@@ -37,11 +37,11 @@ void report(std::chrono::steady_clock::time_point when, double playhead) {
   ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
   const double processor =
       static_cast<double>(used.tv_sec) + 1e-9 * static_cast<double>(used.tv_nsec);
-  std::printf(
+  static_cast<void>(std::printf(
       "%lld %.6f %.6f %ld\n",
       static_cast<long long>(
           std::chrono::duration_cast<std::chrono::nanoseconds>(when.time_since_epoch()).count()),
-      playhead, processor, residentMemory());
+      playhead, processor, residentMemory()));
   if (std::fflush(stdout) != 0) std::exit(EXIT_FAILURE);
 }
 
