@@ -55,16 +55,32 @@ QPalette darkPalette() {
   return palette;
 }
 
+void raiseContrast(QPalette& palette, bool isDark) {
+  const QColor ground = isDark ? Qt::black : Qt::white;
+  const QColor text = isDark ? Qt::white : Qt::black;
+  for (const auto role : {QPalette::Window, QPalette::Base, QPalette::AlternateBase,
+                          QPalette::Button, QPalette::ToolTipBase}) {
+    palette.setColor(role, ground);
+  }
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                          QPalette::ToolTipText, QPalette::PlaceholderText}) {
+    palette.setColor(role, text);
+  }
+}
+
 }  // namespace
 
 Appearance appearance(const QVariantMap& settings) {
   constexpr unsigned preferDark = 1;
+  constexpr unsigned higherContrast = 1;
   return {settings.value(QStringLiteral("color-scheme")).toUInt() == preferDark,
+          settings.value(QStringLiteral("contrast")).toUInt() == higherContrast,
           accentOf(settings.value(QStringLiteral("accent-color")))};
 }
 
 QPalette palette(const Appearance& appearance, const QPalette& light) {
   auto palette = appearance.isDark ? darkPalette() : light;
+  if (appearance.isHighContrast) raiseContrast(palette, appearance.isDark);
   const auto accent = appearance.accent.value_or(light.color(QPalette::Highlight));
   palette.setColor(QPalette::Highlight, accent);
   palette.setColor(

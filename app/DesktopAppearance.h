@@ -14,6 +14,7 @@ namespace quibel {
 /// How a desktop wants its windows to look.
 struct Appearance {
   bool isDark = false;
+  bool isHighContrast = false;
   std::optional<QColor> accent;
 
   friend bool operator==(const Appearance&, const Appearance&) = default;
@@ -23,10 +24,11 @@ struct Appearance {
 /// not there or makes no sense counts as no wish.
 Appearance appearance(const QVariantMap& settings);
 
-/// `light`, or a dark palette in its place, with the desktop's accent if it has one.
+/// `light`, or a dark palette in its place, with the desktop's accent if it has one;
+/// for high contrast, black and white instead of the greys.
 QPalette palette(const Appearance& appearance, const QPalette& light);
 
-/// Gives the application the desktop's light or dark scheme and its accent, as
+/// Gives the application the desktop's light or dark scheme, contrast and accent, as
 /// the settings portal tells them, now and whenever they change. Only where Qt
 /// has not got a palette from the desktop by itself. It waits for nothing: until
 /// the portal answers, or without one, everything stays as it is.

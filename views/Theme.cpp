@@ -9,6 +9,11 @@ namespace quibel {
 namespace {
 
 constexpr double legibleContrast = 4.5;  // WCAG 2.1, level AA, text
+constexpr double highContrast = 7;       // the same, level AAA
+
+// A palette of black and white, 21 : 1, asks for all the contrast there is. No
+// other comes near: black on the usual light grey is 18 : 1.
+constexpr double contrastOfBlackAndWhite = 20;
 
 // The highlight of Qt's built-in palette: no desktop has chosen an accent.
 constexpr QRgb builtInHighlight = qRgb(48, 140, 198);
@@ -27,13 +32,13 @@ QColor opaque(QColor color) {
   return color;
 }
 
-// The faintest mix of `text` that is legible on all of `backgrounds`.
+// The faintest mix of `text` with that contrast to all of `backgrounds`.
 template <std::size_t n>
-QColor faintestLegible(const QColor& text, const QColor (&backgrounds)[n]) {
+QColor faintest(const QColor& text, const QColor (&backgrounds)[n], double contrast) {
   for (int percent = 58; percent < 100; ++percent) {
     const auto mix = blended(text, percent / 100.0, backgrounds[0]);
     if (std::ranges::all_of(backgrounds, [&](const QColor& background) {
-          return contrastRatio(mix, background) >= legibleContrast;
+          return contrastRatio(mix, background) >= contrast;
         })) {
       return mix;
     }
@@ -42,9 +47,9 @@ QColor faintestLegible(const QColor& text, const QColor (&backgrounds)[n]) {
 }
 
 // `accent`, darkened only as far as white text on it needs.
-QColor fillForWhiteText(const QColor& accent) {
+QColor fillForWhiteText(const QColor& accent, double contrast) {
   auto fill = accent;
-  for (int step = 0; step < 100 && contrastRatio(Qt::white, fill) < legibleContrast; ++step) {
+  for (int step = 0; step < 100 && contrastRatio(Qt::white, fill) < contrast; ++step) {
     fill = blended(Qt::black, 0.02, fill);
   }
   return fill;
@@ -81,16 +86,19 @@ Colors colors(const QPalette& palette) {
   c.text = opaque(palette.color(QPalette::Active, QPalette::WindowText));
   c.isDark = luminance(c.windowBackground) < luminance(c.text);
 
+  const bool blackAndWhite = contrastRatio(c.text, c.windowBackground) > contrastOfBlackAndWhite;
+  const double contrast = blackAndWhite ? highContrast : legibleContrast;
+
   const auto highlight = opaque(palette.color(QPalette::Active, QPalette::Highlight));
   const QColor blue = c.isDark ? QColor(0x3d, 0x95, 0xff) : QColor(0x0a, 0x6c, 0xf0);
   c.accent = isBuiltInPalette(palette) ? blue : highlight;
   const bool blackOnAccent = contrastRatio(Qt::white, c.accent) < 2.2;
-  c.accentFill = blackOnAccent ? c.accent : fillForWhiteText(c.accent);
+  c.accentFill = blackOnAccent ? c.accent : fillForWhiteText(c.accent, contrast);
   c.onAccentFill = blackOnAccent ? Qt::black : Qt::white;
 
   const QColor backgrounds[] = {c.windowBackground, c.controlBackground,
                                 blended(c.accent, 0.09, c.windowBackground)};
-  c.secondary = faintestLegible(c.text, backgrounds);
+  c.secondary = faintest(c.text, backgrounds, contrast);
   c.green = c.isDark ? QColor(0x2f, 0xb8, 0x57) : QColor(0x1f, 0xa4, 0x4a);
   c.orange = c.isDark ? QColor(0xff, 0x9a, 0x1f) : QColor(0xf5, 0x8a, 0x0b);
   return c;

@@ -131,6 +131,18 @@ TEST_F(DesktopAppearanceTest, ChangesAreFollowedWhileRunningBothWays) {
   EXPECT_TRUE(QTest::qWaitFor([] { return !shown().isDark; }));
 }
 
+TEST_F(DesktopAppearanceTest, HighContrastIsFollowedInBothSchemesWhileRunning) {
+  portal_->settings = {{QStringLiteral("contrast"), 1U}};
+  const DesktopAppearance appearance(connection());
+  const auto contrast = [] { return contrastRatio(shown().text, shown().windowBackground); };
+  EXPECT_TRUE(QTest::qWaitFor([&] { return contrast() > 20.9; }));
+  EXPECT_FALSE(shown().isDark);
+  portal_->change(QStringLiteral("color-scheme"), 1U);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return shown().isDark && contrast() > 20.9; }));
+  portal_->change(QStringLiteral("contrast"), 0U);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return shown().isDark && contrast() < 20; }));
+}
+
 TEST_F(DesktopAppearanceTest, APaletteThatTheDesktopGaveQtIsLeftAlone) {
   auto given = before_;
   given.setColor(QPalette::Highlight, Qt::darkGreen);
@@ -164,7 +176,7 @@ TEST(Appearance, WhatMakesNoSenseIsNoWish) {
 }
 
 TEST(Palette, EveryTextIsLegibleInTheDark) {
-  const auto dark = palette({.isDark = true, .accent = {}}, QPalette());
+  const auto dark = palette({.isDark = true, .isHighContrast = false, .accent = {}}, QPalette());
   for (const auto& [text, ground] :
        std::vector<std::pair<QPalette::ColorRole, QPalette::ColorRole>>{
            {QPalette::WindowText, QPalette::Window},

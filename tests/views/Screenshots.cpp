@@ -14,30 +14,39 @@
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
 #include "tests/support/FakePlatform.h"
+#include "views/ActionButton.h"
+#include "views/HandleView.h"
 #include "views/WelcomeScreen.h"
+#include "views/WorkspaceScreen.h"
 
 namespace quibel {
 namespace {
 
 const platform::FileURL songURL("/música/Canción de otoño (en directo).mp3");
 
-// Three minutes with verses, a chorus and a beat.
+// A number between 0 and 1 for each `i`, the same in every run.
+double noise(double i) {
+  const double x = std::abs(std::sin(i * 12.9898) * 43758.5453);
+  return x - std::floor(x);
+}
+
+// Three minutes with verses, a chorus and a beat, as many frames as an envelope of
+// 900 values takes.
 fake::Song song() {
   constexpr double seconds = 186.4;
-  auto song = fake::Song::lasting(seconds);
-  for (auto& channel : song.channels) {
-    const auto length = static_cast<double>(channel.size());
-    for (std::size_t i = 0; i < channel.size(); ++i) {
-      const double t = static_cast<double>(i) / length;
-      const double part = 0.55 + 0.35 * std::sin(t * 6 * std::numbers::pi - 1.2);
-      const double fade = std::min({1.0, t * 14, (1 - t) * 9});
-      const double grain = std::abs(std::sin(static_cast<double>(i) * 12.9898) * 43758.5453);
-      const double beat = 0.6 + 0.4 * std::abs(std::sin(t * 340));
-      channel[i] =
-          static_cast<float>(part * fade * beat * (0.5 + 0.5 * (grain - std::floor(grain))));
-    }
+  constexpr double rate = 2000;
+  constexpr std::size_t framesInAValue = 400;
+  std::vector<float> samples(static_cast<std::size_t>(seconds * rate));
+  const auto length = static_cast<double>(samples.size());
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double t = static_cast<double>(i) / length;
+    const auto value = static_cast<double>(i / framesInAValue);
+    const double part = 0.55 + 0.35 * std::sin(t * 6 * std::numbers::pi - 1.2);
+    const double fade = std::min({1.0, t * 14, (1 - t) * 9});
+    const double beat = 0.6 + 0.4 * std::abs(std::sin(t * 340));
+    samples[i] = static_cast<float>(part * fade * beat * (0.35 + 0.65 * noise(value)));
   }
-  return song;
+  return {.sampleRate = rate, .channels = {std::move(samples)}};
 }
 
 /// The window on a machine of its own.
@@ -52,6 +61,13 @@ class Scene {
   ~Scene() {
     window.reset();
     for (const auto& session : machine.sessions) session->abandon();
+  }
+
+  /// Gives a view the keyboard's focus.
+  void focus(QWidget* view) {
+    window->activateWindow();
+    QCoreApplication::processEvents();
+    view->setFocus(Qt::TabFocusReason);
   }
 
   AudioEditorModel& editor() { return window->content().editor(); }
@@ -108,6 +124,18 @@ constexpr State states[] = {
        s.machine.players.back()->currentTime = 61.5;
        s.machine.timers.back()->fire();
      }},
+    {"focused-handle",
+     [](Scene& s) {
+       s.select(48.2, 79.6);
+       QCoreApplication::processEvents();
+       s.focus(s.window->findChildren<HandleView*>().back());
+     }},
+    {"focused-button",
+     [](Scene& s) {
+       s.select(48.2, 79.6);
+       QCoreApplication::processEvents();
+       s.focus(s.window->findChild<WorkspaceScreen*>()->findChildren<ActionButton*>().back());
+     }},
     {"exporting", [](Scene& s) { s.startExport(); }},
     {"done",
      [](Scene& s) {
@@ -128,7 +156,8 @@ constexpr State states[] = {
 int run(const QString& folder) {
   const QPalette light = QApplication::palette();
   for (const bool dark : {false, true}) {
-    QApplication::setPalette(palette({.isDark = dark, .accent = {}}, light));
+    QApplication::setPalette(
+        palette({.isDark = dark, .isHighContrast = false, .accent = {}}, light));
     for (const auto& [name, reach] : states) {
       Scene scene;
       reach(scene);

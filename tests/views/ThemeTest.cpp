@@ -44,6 +44,21 @@ TEST(Colors, EveryTextIsLegibleOnEveryBackground) {
   }
 }
 
+TEST(Colors, InBlackAndWhiteEveryTextHasAContrastOfSeven) {
+  for (const QColor& accent : {builtIn, QColor(Qt::red), QColor(0xff, 0xd6, 0x0a)}) {
+    for (const auto& p : {palette(Qt::white, Qt::white, Qt::black, accent),
+                          palette(Qt::black, Qt::black, Qt::white, accent)}) {
+      const auto c = colors(p);
+      for (const QColor& background :
+           {c.windowBackground, c.controlBackground, blended(c.accent, 0.09, c.windowBackground)}) {
+        EXPECT_GE(contrastRatio(c.text, background), 7);
+        EXPECT_GE(contrastRatio(c.secondary, background), 7);
+      }
+      EXPECT_GE(contrastRatio(c.onAccentFill, c.accentFill), 7);
+    }
+  }
+}
+
 TEST(Colors, SecondaryIsFainterThanTheText) {
   const auto c = colors(palettes().front());
   EXPECT_LT(contrastRatio(c.secondary, c.windowBackground),
