@@ -6,6 +6,7 @@
 #include "app/ApplicationIcon.h"
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
+#include "platform/desktop/Panels.h"
 #include "platform/desktop/SpanishTexts.h"
 
 namespace quibel {
@@ -16,6 +17,7 @@ QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
   setDesktopFileName(QStringLiteral("org.quibel.quibel"));
   setWindowIcon(applicationIcon());
   desktop::installSpanishTexts(*this);
+  desktop::preparePanels();
 }
 
 int QuibelApp::run() {

@@ -6,6 +6,8 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMimeDatabase>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QStringList>
 #include <algorithm>
 #include <utility>
@@ -61,6 +63,12 @@ std::optional<platform::FileURL> chosenFile(const QFileDialog& dialog) {
   return fileShownAs(urls.front().toLocalFile());
 }
 
+/// The next panel opens where this one was confirmed.
+platform::FileURL confirmed(platform::FileURL url) {
+  static_cast<void>(QDir::setCurrent(QFile::decodeName(url.path().parent_path().c_str())));
+  return url;
+}
+
 bool mayReplace(const platform::FileURL& url) {
   const auto name = QFile::decodeName(url.lastPathComponent().c_str());
   return QMessageBox::warning(QApplication::activeWindow(), QStringLiteral("Quibel"),
@@ -86,21 +94,31 @@ platform::FileURL withExtension(const platform::FileURL& url, const std::string&
   return url.appendingPathExtension(extension);
 }
 
+void preparePanels() {
+  // No folder can be made below it, so that nothing is read or written there.
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
+  for (const auto place : {QStandardPaths::MusicLocation, QStandardPaths::HomeLocation}) {
+    if (QDir::setCurrent(QStandardPaths::writableLocation(place))) return;
+  }
+}
+
 std::optional<platform::FileURL> runOpenPanel(const platform::OpenPanel& panel) {
   QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
+  dialog.setDirectory(QDir::currentPath());
   dialog.setAcceptMode(QFileDialog::AcceptOpen);
   dialog.setFileMode(panel.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                    : QFileDialog::ExistingFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return chosenFile(dialog);
+  return chosenFile(dialog).transform(confirmed);
 }
 
 std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) {
   const std::string extension =
       panel.allowedContentTypes.empty() ? "" : panel.allowedContentTypes.front().filenameExtension;
   QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
+  dialog.setDirectory(QDir::currentPath());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setDefaultSuffix(QString::fromStdString(extension));
@@ -112,7 +130,7 @@ std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) 
     // A dialog asks about the name it knows; the one with our extension is ours to ask about.
     auto named = withExtension(*chosen, extension);
     if (named == *chosen || !LocalFileManager().fileExists(named) || mayReplace(named))
-      return named;
+      return confirmed(named);
   }
   return std::nullopt;
 }

@@ -10,6 +10,12 @@
 
 namespace quibel::desktop {
 
+/// To be called once, when there is an application. The first panel then opens in the
+/// person's music folder, where there is one, or else at home, any later one where the
+/// last was confirmed; and Qt's own dialog, which serves where the desktop has none,
+/// keeps that to itself instead of writing it to the disk.
+void preparePanels();
+
 /// Each runs the desktop's own file dialog, where it offers one, modally over
 /// the active window.
 std::optional<platform::FileURL> runOpenPanel(const platform::OpenPanel& panel);

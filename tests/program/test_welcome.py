@@ -1,3 +1,4 @@
+import re
 import unittest
 
 import songs
@@ -42,6 +43,39 @@ class Welcome(Scenario):
         self.quibel.wait_for("table cell", "audio.wav")
         self.assertFalse(self.quibel.has("table cell", "texto.txt"))
         self.quibel.cancel_panel(OPEN_PANEL)
+
+
+class Panels(Scenario):
+    def start(self):
+        music = self.desktop.home / "Music"
+        music.mkdir()
+        songs.tone(music / "entre las mías.wav", 2)
+        return super().start()
+
+    def test_the_first_panel_opens_among_the_persons_music(self):
+        self.quibel.click(CHOOSE)
+        self.quibel.wait_for("table cell", "entre las mías.wav")
+        self.quibel.cancel_panel(OPEN_PANEL)
+
+    def test_a_later_panel_opens_where_the_last_was_confirmed(self):
+        folder = self.song("otras")
+        folder.mkdir()
+        song = songs.tone(folder / "una.wav", 2)
+        songs.tone(folder / "vecina.wav", 2)
+        self.quibel.click(CHOOSE)
+        self.quibel.answer_panel(OPEN_PANEL, song)
+        self.quibel.wait_until_loaded()
+        self.quibel.click(CHANGE)
+        self.quibel.wait_for("table cell", "vecina.wav")
+        self.quibel.cancel_panel(OPEN_PANEL)
+
+    def test_nothing_of_a_panel_is_kept_on_disk(self):
+        self.quibel.click(CHOOSE)
+        self.quibel.answer_panel(OPEN_PANEL, self.song("Music") / "entre las mías.wav")
+        self.quibel.wait_until_loaded()
+        self.assertEqual(self.quibel.close(), 0, self.quibel.log)
+        kept = {path.name for path in (self.desktop.home / ".config").rglob("*")}
+        self.assertFalse({name for name in kept if re.search("Qt|quibel", name)}, kept)
 
 
 class WelcomeInTheCLocale(Scenario):
