@@ -3,12 +3,14 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
+#include <QScreen>
 #include <QShortcut>
 #include <QWindow>
 
 #include "app/ContentView.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
+#include "app/WindowManager.h"
 
 namespace quibel {
 namespace {
@@ -36,7 +38,15 @@ Window::Window() : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint) {
   drag_ = new WindowDrag(*windowHandle());
 }
 
-void Window::toggleMaximised() { setWindowState(windowState() ^ Qt::WindowMaximized); }
+void Window::toggleMaximised() {
+  const bool maximise = !isMaximized();
+  const auto before = geometry();
+  setWindowState(windowState() ^ Qt::WindowMaximized);
+  if (hasWindowManager()) return;
+  // Nobody else will. Not by QWidget, which would take it for the end of the state.
+  windowHandle()->setGeometry(maximise ? screen()->availableGeometry() : restored_);
+  if (maximise) restored_ = before;
+}
 
 void Window::changeEvent(QEvent* event) {
   if (event->type() == QEvent::WindowStateChange) controls_->setMaximised(isMaximized());

@@ -36,6 +36,7 @@ class Window : public QMainWindow {
   WindowControls* controls_;
   WindowDrag* drag_;
   std::optional<QPoint> groundPressedAt_;
+  QRect restored_;  // where it goes back to, without a window manager
 };
 
 }  // namespace quibel

@@ -16,6 +16,7 @@ class Scenario(unittest.TestCase):
     """
 
     language = "C.UTF-8"
+    window_manager = "openbox"
 
     def run(self, result=None):
         self._result = result
@@ -23,7 +24,7 @@ class Scenario(unittest.TestCase):
 
     def setUp(self):
         self.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
-        self.desktop = self.enterContext(VirtualDesktop(self.language))
+        self.desktop = self.enterContext(VirtualDesktop(self.language, self.window_manager))
         self.quibel = self.start()
         self.addCleanup(self._keep_evidence)
 

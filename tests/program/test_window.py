@@ -52,8 +52,15 @@ class Window(Scenario):
         self.quibel.button("Minimizar")
 
     def test_closing_during_a_load_ends_the_program(self):
-        self.quibel.drop_files(songs.long_silence(self.song("eterna.wav"), hours=6))
+        self.quibel.drop_files(songs.endless(self.song("eterna.wav")))
         self.quibel.wait_for("label", "Analizando audio…")
+        self.assertEqual(self.quibel.close(), 0, self.quibel.log)
+
+    def test_another_song_loads_while_an_endless_one_does(self):
+        self.quibel.drop_files(songs.endless(self.song("eterna.wav")))
+        self.quibel.wait_for("label", "Analizando audio…")
+        self.quibel.load(songs.tone(self.song("breve.wav"), 2))
+        self.assertEqual(self.quibel.fragment(), (0, 2, 2))
         self.assertEqual(self.quibel.close(), 0, self.quibel.log)
 
     def test_closing_during_the_loop_ends_the_program(self):
@@ -72,3 +79,33 @@ class Window(Scenario):
 
     def size(self):
         return f"another place or size than {self.quibel.box}"
+
+
+class WithoutAWindowManager(Scenario):
+    window_manager = None
+
+    def test_moves_and_resizes_by_itself(self):
+        x, y, width, height = self.quibel.box
+        ground = (x + width / 2, y + 60)
+        self.quibel.pointer.drag(
+            ground, (ground[0] + 80, ground[1] + 50), lambda: self.quibel.box[:2] != (x, y)
+        )
+        x, y, _, _ = self.quibel.box
+        corner = (x + width - 2, y + height - 2)
+        self.quibel.pointer.drag(
+            corner, (corner[0] + 60, corner[1] + 40), lambda: self.quibel.box[2] > width + 40
+        )
+        self.assertEqual(self.quibel.box[:2], (x, y))
+
+    def test_maximises_by_itself_and_comes_back(self):
+        before = self.quibel.box
+        self.quibel.button("Maximizar").press()
+        wait_until(lambda: self.quibel.box == (0, 0, 1280, 1024), "the window to fill the screen")
+        self.quibel.button("Restaurar").press()
+        wait_until(lambda: self.quibel.box == before, "the window to come back")
+        self.quibel.button("Maximizar")
+
+    def tearDown(self):
+        if not self._failed():
+            self.quibel.button("Cerrar").press()
+            self.assertEqual(self.quibel.process.wait(30), 0, self.quibel.log)

@@ -23,9 +23,10 @@ class VirtualDesktop(contextlib.ExitStack):
     programs see, and the logs of everything that runs here.
     """
 
-    def __init__(self, language="C.UTF-8"):
+    def __init__(self, language="C.UTF-8", window_manager="openbox"):
         super().__init__()
         self._language = language
+        self._window_manager = window_manager
         self.root = None
         self.environment = None
 
@@ -118,9 +119,14 @@ class VirtualDesktop(contextlib.ExitStack):
                 self.environment[name] = value
         self._start_screen()
         self._start_bus()
-        self.start("openbox")
+        if self._window_manager:
+            self.start(self._window_manager)
         self._start_sound()
-        wait_until(self._managed, lambda: "the window manager:\n" + self.log("openbox"))
+        if self._window_manager:
+            wait_until(
+                self._managed,
+                lambda: "the window manager:\n" + self.log(self._window_manager),
+            )
         wait_until(self._sounding, lambda: "the sound server:\n" + self.log("pulseaudio"))
 
     def _start_screen(self):
