@@ -146,9 +146,9 @@ constexpr State states[] = {
     {"alert",
      [](Scene& s) {
        s.load();
-       s.machine.songs["/x"].openError =
+       s.machine.songs["/música/Borrada.mp3"].openError =
            platform::Error("El archivo no existe o se ha movido (No such file or directory).");
-       s.editor().load(platform::FileURL("/x"));
+       s.editor().load(platform::FileURL("/música/Borrada.mp3"));
        s.machine.settle();
      }},
 };
