@@ -46,5 +46,9 @@ class Pointer:
         """Presses keys by their X names, one after the other, such as "Return"."""
         self._do("key", "--clearmodifiers", *keys)
 
+    def write(self, text):
+        """Types a text, letter by letter."""
+        self._do("type", "--clearmodifiers", text)
+
     def _do(self, *action):
         self._desktop.run("xdotool", *action)
