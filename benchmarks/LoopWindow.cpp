@@ -34,7 +34,7 @@ long residentMemory() {
 /// `when` the playhead was that.
 void report(std::chrono::steady_clock::time_point when, double playhead) {
   timespec used{};
-  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  static_cast<void>(::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used));
   const double processor =
       static_cast<double>(used.tv_sec) + 1e-9 * static_cast<double>(used.tv_nsec);
   static_cast<void>(std::printf(
