@@ -1,8 +1,8 @@
 // Starting Quibel beside starting a bare window of Qt Widgets: from the process's start
 // to its first painted frame, and the most memory that takes.
 
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -20,7 +20,8 @@ constexpr int rounds = 21;
 class Program {
  public:
   explicit Program(const std::string& path)
-      : command_{"/usr/bin/env", "LD_PRELOAD=" FIRST_FRAME, "FIRST_FRAME_PEAK=" + peak_, path} {}
+      : command_{"/usr/bin/env", "LD_PRELOAD=" FIRST_FRAME, "FIRST_FRAME_PEAK=" + peak_.string(),
+                 path} {}
 
   Times start() const { return measureProgram(command_); }
 
@@ -28,13 +29,14 @@ class Program {
   double peak() const {
     double kibibytes = 0;
     std::ifstream(peak_) >> kibibytes;
-    std::remove(peak_.c_str());
+    std::filesystem::remove(peak_);
     if (!(kibibytes > 0)) throw std::runtime_error(command_.back() + " has painted nothing");
     return kibibytes;
   }
 
  private:
-  const std::string peak_ = "first_frame_peak." + std::to_string(getpid());
+  const std::filesystem::path peak_ =
+      std::filesystem::temp_directory_path() / ("first_frame_peak." + std::to_string(getpid()));
   const std::vector<std::string> command_;
 };
 
