@@ -6,14 +6,23 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <limits>
+#include <new>
+#include <optional>
 #include <span>
+#include <stop_token>
+#include <system_error>
+#include <utility>
 
 namespace quibel {
 namespace {
 
 /// Buckets are not made smaller than this, however short the song.
 constexpr std::int64_t minimumFramesPerBucket = 256;
+
+/// Songs of fewer frames are not shared between two readers: they take 20 ms at most.
+constexpr std::int64_t shortestShared = 1'000'000;
 
 /// No bucket of a song with any sound is drawn lower than this.
 constexpr double floorLevel = 0.025;
@@ -38,6 +47,72 @@ float peakOf(std::span<const float> samples, float peak) {
   return *std::ranges::max_element(peaks);
 }
 
+/// The peak of a buffer's frames, full scale at most.
+float peakOf(const platform::AudioPCMBuffer& buffer, std::size_t channels) {
+  float peak = 0;
+  for (std::size_t channel = 0; channel < channels; ++channel)
+    peak = peakOf({buffer.floatChannelData()[channel], buffer.frameLength()}, peak);
+  return std::min(1.0F, peak);
+}
+
+using Peaks = std::vector<double>;
+
+/// The peaks of the buckets from frame `begin` to the end, read in pieces so small that
+/// a long song's buckets take no memory twice. Nothing where it cannot read them all.
+std::optional<Peaks> peaksFrom(platform::AudioFile& file, std::int64_t begin,
+                               std::int64_t framesPerBucket, const std::stop_token& stop) try {
+  constexpr std::int64_t largestPiece = 16'384;
+  const std::size_t channels = file.processingFormat().channelCount;
+  const std::int64_t piece = std::min(framesPerBucket, largestPiece);
+  const auto buffer = file.makeBuffer(static_cast<std::uint32_t>(piece));
+  if (!buffer || !buffer->floatChannelData() || !file.seek(begin)) return std::nullopt;
+  Peaks peaks;
+  while (file.framePosition() < file.length()) {
+    const std::int64_t end = std::min(file.length(), file.framePosition() + framesPerBucket);
+    float peak = 0;
+    while (file.framePosition() < end) {
+      const std::int64_t count = std::min(piece, end - file.framePosition());
+      buffer->setFrameLength(0);
+      if (stop.stop_requested() || !file.read(*buffer, static_cast<std::uint32_t>(count)) ||
+          buffer->frameLength() == 0)
+        return std::nullopt;
+      peak = std::max(peak, peakOf(*buffer, channels));
+    }
+    peaks.push_back(peak);
+  }
+  return peaks;
+} catch (const std::bad_alloc&) {
+  return std::nullopt;
+}
+
+/// The buckets from a frame on, found by another reader in a thread of its own.
+class Latter {
+ public:
+  /// Nothing where the song has no other reader.
+  Latter(const platform::AudioFile& file, std::int64_t begin, std::int64_t framesPerBucket) {
+    auto reader = file.anotherReader();
+    if (!reader) return;
+    auto read = [=, reader = std::move(reader), stop = stop_.get_token()] {
+      return peaksFrom(*reader, begin, framesPerBucket, stop);
+    };
+    try {
+      peaks_ = std::async(std::launch::async, std::move(read));
+    } catch (const std::system_error&) {
+      peaks_ = {};  // no thread is to be had
+    }
+  }
+  Latter(const Latter&) = delete;
+  Latter& operator=(const Latter&) = delete;
+  ~Latter() { stop_.request_stop(); }
+
+  /// Waits for them, once. Nothing where they could not all be read.
+  std::optional<Peaks> take() { return peaks_.valid() ? peaks_.get() : std::nullopt; }
+
+ private:
+  std::stop_source stop_;
+  std::future<std::optional<Peaks>> peaks_;
+};
+
 /// Scales the values so that the loudest is 1 and raises them to the floor.
 /// Silence stays as it is.
 void normalise(std::vector<double>& values) {
@@ -60,8 +135,17 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
   const auto buffer = file.makeBuffer(capacity);
   if (!buffer) return std::unexpected(AudioError::invalid);
 
-  std::vector<double> values;
+  const std::int64_t half = total / 2 / framesPerBucket * framesPerBucket;
+  std::optional<Latter> latter;
+  if (total >= shortestShared) latter.emplace(file, half, framesPerBucket);
+  Peaks values;
   while (file.framePosition() < file.length()) {
+    if (latter && file.framePosition() == half) {
+      if (const auto peaks = latter->take()) {
+        values.insert(values.end(), peaks->begin(), peaks->end());
+        break;
+      }
+    }
     buffer->setFrameLength(0);
     if (auto read = file.read(*buffer, capacity); !read)
       return std::unexpected(std::move(read).error());
@@ -69,10 +153,7 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
     const auto* const data = buffer->floatChannelData();
     if (!data) break;
 
-    float peak = 0;
-    for (std::size_t channel = 0; channel < channels; ++channel)
-      peak = peakOf({data[channel], buffer->frameLength()}, peak);
-    values.push_back(std::min(1.0F, peak));
+    values.push_back(peakOf(*buffer, channels));
   }
   normalise(values);
   return values;

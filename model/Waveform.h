@@ -14,8 +14,9 @@ namespace quibel {
 /// frames and at least 256, so there are about `count` values for a long song
 /// and fewer for a short one.
 ///
-/// `file` stands at its first frame and is left at its end. `count` is greater
-/// than 0. Any thread. Memory is one bucket; the file is decoded once.
+/// `file` stands at its first frame and is left somewhere. `count` is greater than 0.
+/// Any thread; the latter half of a long song is read in another one, if the file has
+/// another reader. Memory is one bucket; the file is decoded once.
 ///
 /// Fails with AudioError::invalid where there is no buffer to decode into, and
 /// with the platform's error where a read fails.

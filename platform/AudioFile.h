@@ -66,6 +66,10 @@ class AudioFile {
   /// Makes `frame` (0 … length) the next one to be read: the samples that
   /// follow are those that reading from the beginning would have delivered.
   virtual Result<void> seek(std::int64_t frame) = 0;
+
+  /// Another reader of the same song, at its first frame, for another thread than this
+  /// one's. Null where there is none, or none that seeks without decoding all before.
+  virtual std::unique_ptr<AudioFile> anotherReader() const { return nullptr; }
 };
 
 }  // namespace quibel::platform

@@ -160,4 +160,15 @@ platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
   return std::unexpected(makeError(Failure::outOfMemory));
 }
 
+std::unique_ptr<platform::AudioFile> CodedAudioFile::anotherReader() const try {
+  if (!source_.seeks()) return nullptr;
+  auto input = input_->part(0, input_->size());
+  auto source = openSource(input, source_.plan());
+  if (!source) return nullptr;
+  return std::unique_ptr<platform::AudioFile>(
+      new CodedAudioFile(std::move(input), std::move(*source), extent_));
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
 }  // namespace quibel::ffmpeg

@@ -21,6 +21,7 @@ class CodedAudioFile final : public platform::AudioFile {
   std::unique_ptr<platform::AudioPCMBuffer> makeBuffer(std::uint32_t frameCapacity) const override;
   platform::Result<void> read(platform::AudioPCMBuffer& into, std::uint32_t frameCount) override;
   platform::Result<void> seek(std::int64_t frame) override;
+  std::unique_ptr<platform::AudioFile> anotherReader() const override;
 
  private:
   CodedAudioFile(std::shared_ptr<Input> input, FrameSource source, const Extent& extent);

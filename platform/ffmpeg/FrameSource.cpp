@@ -132,6 +132,11 @@ bool FrameSource::seek(std::int64_t target) {
   return false;
 }
 
+bool FrameSource::seeks() const {
+  return preroll(demuxer_->stream().codecpar->codec_id) &&
+         (plan_.clock == Clock::timestamps || plan_.index);
+}
+
 bool FrameSource::readPositionedPacket() {
   // After a seek, FFmpeg guesses the times in the Ogg page where it lands; from
   // the next page on they come from the file.

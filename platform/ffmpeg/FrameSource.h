@@ -83,6 +83,9 @@ class FrameSource {
   /// where that is not possible: this source is then of no more use.
   bool seek(std::int64_t target);
 
+  /// Whether seek() goes to any place without decoding everything before it.
+  bool seeks() const;
+
   const Demuxer& demuxer() const { return *demuxer_; }
   const Plan& plan() const { return plan_; }
 

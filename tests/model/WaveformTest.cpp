@@ -137,5 +137,54 @@ TEST(WaveformTest, BufferWithoutChannelDataEndsTheSongQuietly) {
   EXPECT_THAT(waveform(*fake::openSong(song), bucketCount).value(), IsEmpty());
 }
 
+/// A song of 1,000 buckets that rises from nothing to full scale.
+fake::Song rise() {
+  fake::Song song{.channels = {frames(1'111'000)}};
+  for (std::size_t i = 0; i < 1'111'000; ++i)
+    song.channels[0][i] = static_cast<float>(i) / 1'111'000.0F;
+  return song;
+}
+
+TEST(WaveformTest, AnotherReaderTakesTheLatterHalfOfALongSong) {
+  fake::Song song = rise();
+  song.channels[0].back() = 1;
+  const auto alone = waveform(*fake::openSong(song), 1'000).value();
+  ASSERT_THAT(alone, SizeIs(1'000));
+
+  fake::Song other = song;
+  other.channels[0].back() = 2;
+  other.channels[0][700'000] = 2;  // cut to full scale, as all that is louder
+  other.channels[0][0] = 2;        // in the half that the first one reads
+  song.forAnotherReader = std::make_shared<fake::Song>(other);
+  std::vector<std::uint32_t> sizes;
+  auto expected = alone;
+  expected[700'000 / 1'111] = 1;
+  EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000).value(), expected);
+  EXPECT_THAT(sizes, SizeIs(500));
+}
+
+TEST(WaveformTest, WhatAnotherReaderCannotReadIsReadByTheFirst) {
+  const auto alone = waveform(*fake::openSong(rise()), 1'000).value();
+  fake::Song failing = rise();
+  failing.readError = platform::Error("El disco falla.");
+  fake::Song ending = rise();
+  ending.endsEarly = true;
+  fake::Song withoutMemory = rise();
+  withoutMemory.makesBuffers = false;
+  for (const fake::Song& other : {failing, ending, withoutMemory}) {
+    fake::Song song = rise();
+    song.forAnotherReader = std::make_shared<fake::Song>(other);
+    std::vector<std::uint32_t> sizes;
+    EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000).value(), alone);
+    EXPECT_THAT(sizes, SizeIs(1'000));
+  }
+}
+
+TEST(WaveformTest, ShortSongIsReadByOne) {
+  fake::Song song{.channels = {frames(999'999)}};
+  song.forAnotherReader = std::make_shared<fake::Song>(rise());
+  EXPECT_THAT(waveform(*fake::openSong(song), bucketCount).value(), Each(1.0));
+}
+
 }  // namespace
 }  // namespace quibel::test

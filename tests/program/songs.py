@@ -22,16 +22,20 @@ def tone(path, seconds, rate=44100, sounding=None):
     return path
 
 
-def long_silence(path, hours):
-    """Writes a WAV file that takes a while to read and hardly any room on disk."""
-    rate = 44100
-    size = int(hours * 3600) * rate * 4
+def endless(path):
+    """Writes a WAV file of 90 days, which take minutes to read and hardly any room on disk."""
+    rate = 8000
+    size = 90 * 24 * 3600 * rate
     with open(path, "wb") as file:
-        file.write(b"RIFF" + (36 + size).to_bytes(4, "little") + b"WAVEfmt ")
-        for value, width in ((16, 4), (1, 2), (2, 2), (rate, 4), (4 * rate, 4), (4, 2), (16, 2)):
+        # Its size stands in 64 bits, and not in the 32 of a plain one (EBU Tech 3306).
+        file.write(b"RF64" + b"\xff" * 4 + b"WAVEds64")
+        for value, width in ((28, 4), (72 + size, 8), (size, 8), (size, 8), (0, 4)):
             file.write(value.to_bytes(width, "little"))
-        file.write(b"data" + size.to_bytes(4, "little"))
-        file.truncate(44 + size)
+        file.write(b"fmt ")
+        for value, width in ((16, 4), (1, 2), (1, 2), (rate, 4), (rate, 4), (1, 2), (8, 2)):
+            file.write(value.to_bytes(width, "little"))
+        file.write(b"data" + b"\xff" * 4)
+        file.truncate(80 + size)
     return path
 
 

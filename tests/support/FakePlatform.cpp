@@ -47,6 +47,11 @@ class File final : public platform::AudioFile {
     return {};
   }
 
+  std::unique_ptr<platform::AudioFile> anotherReader() const override {
+    if (!song_.forAnotherReader) return nullptr;
+    return std::make_unique<File>(*song_.forAnotherReader, nullptr);
+  }
+
  private:
   Song song_;
   std::vector<std::uint32_t>* readSizes_;

@@ -52,6 +52,7 @@ struct Song {
   bool hasChannelData = true;
   bool endsEarly = false;  ///< reads deliver nothing from the second one on
   bool convertible = true;
+  std::shared_ptr<const Song> forAnotherReader = nullptr;  ///< what it finds, if there is one
 
   /// `seconds` of full-scale sound at a rate low enough for long songs to be cheap.
   static Song lasting(double seconds);

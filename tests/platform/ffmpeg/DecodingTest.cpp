@@ -4,6 +4,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -66,6 +67,20 @@ TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
     ASSERT_LE(greatestDifference(whole, std::size_t(frame), part), tolerance)
         << "at frame " << frame << " of " << whole.frames();
   }
+}
+
+TEST_P(Decoding, AnotherReaderDeliversTheSameMeanwhile) {
+  const auto song = openSong(make(test::song(GetParam().rate, GetParam().channels, sourceLength)));
+  const Sound whole = readAll(*song);
+  const auto other = song->anotherReader();
+  if (!other) return;  // it seeks only by decoding from the beginning
+  EXPECT_EQ(other->framePosition(), 0);
+  EXPECT_EQ(other->length(), song->length());
+  ASSERT_TRUE(song->seek(0));
+  ASSERT_TRUE(other->seek(40'000));
+  const float tolerance = GetParam().isLossless ? 0.0F : 1e-6F;
+  const std::jthread first([&] { EXPECT_EQ(greatestDifference(whole, 0, readAll(*song)), 0); });
+  EXPECT_LE(greatestDifference(whole, 40'000, readAll(*other)), tolerance);
 }
 
 // Bytes that this process has read from files so far.
