@@ -23,7 +23,8 @@ INTERFACE = "org.freedesktop.FileManager1"
 # How the message bus of a desktop with only that file manager would start it.
 FILE_MANAGERS = {
     "Thunar": "/usr/bin/thunar --daemon",
-    "Nautilus": "/usr/bin/nautilus --gapplication-service",
+    # Drawn by OpenGL in software, its window comes to nothing else.
+    "Nautilus": "/usr/bin/env GSK_RENDERER=cairo /usr/bin/nautilus --gapplication-service",
     "Dolphin": "/usr/bin/dolphin --daemon",
     "PCManFM-Qt": "/usr/bin/pcmanfm-qt --daemon-mode",
 }
