@@ -125,7 +125,8 @@ class Announcements:
 
     def __init__(self):
         self._heard = []
-        self._listener = Atspi.EventListener.new(self._hear)
+        self._appeared = []
+        self._listener = Atspi.EventListener.new(self._notice)
         self._listener.register(self.EVENT)
 
     def close(self):
@@ -135,16 +136,21 @@ class Announcements:
         """All of them so far, the first one first."""
         while GLib.MainContext.default().iteration(False):
             pass
+        while self._appeared:
+            source = self._appeared.pop(0)
+            try:
+                role = source.get_role_name()
+                if role in ("notification", "alert"):
+                    self._heard.append((role, source.get_name(), source.get_description()))
+            except GLib.Error:
+                pass  # gone again already
         return self._heard
 
-    def _hear(self, event):
-        try:
-            source = event.source
-            role = source.get_role_name()
-            if event.detail1 and role in ("notification", "alert"):
-                self._heard.append((role, source.get_name(), source.get_description()))
-        except GLib.Error:
-            pass  # gone again already
+    def _notice(self, event):
+        # This may be called while a call waits for its answer: to make one more here
+        # would be to wait for an answer that nobody reads.
+        if event.detail1:
+            self._appeared.append(event.source)
 
 
 class Screen:

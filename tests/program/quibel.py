@@ -79,11 +79,30 @@ class Quibel:
         self.pointer.click(*self.centre_of(self.button(name)))
 
     def close(self):
-        """Closes the window and returns what the process ended with."""
+        """Closes the window, also if another one comes in front of it meanwhile, and
+        returns what the process ended with."""
         if self.process.poll() is None:
-            self.desktop.run("xdotool", "windowactivate", "--sync", self.window_id)
-            self.click("Cerrar")
+            button = self.button("Cerrar")
+            window = button.window.box
+            x, y = button.box.centre
+            wait_until(
+                lambda: self._gone_by_click_at(x - window.x, y - window.y),
+                "the window to close",
+                seconds=45,
+            )
         return self.process.wait(30 * PATIENCE)
+
+    def _gone_by_click_at(self, x, y):
+        """Clicks on a place of the main window if it is in front, else brings it there."""
+        try:
+            box = self.box
+            if self._active() == self.window_id:
+                self.pointer.click(box.x + x, box.y + y)
+            else:
+                self.desktop.run("xdotool", "windowactivate", self.window_id)
+        except subprocess.CalledProcessError:
+            pass  # it is gone
+        return self.process.poll() is not None
 
     # Songs.
 

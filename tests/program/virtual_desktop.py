@@ -170,8 +170,13 @@ class VirtualDesktop(contextlib.ExitStack):
         return b"ShowItems" in query.stdout
 
     def _managed(self):
-        properties = self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK")
-        return b"window id" in properties
+        # It names itself before it listens, and may lose a window that is opened in
+        # between: it is there when it does what it is told.
+        subprocess.run(
+            ["xdotool", "set_num_desktops", "1"], env=self.environment, capture_output=True
+        )
+        properties = self.run("xprop", "-root", "_NET_NUMBER_OF_DESKTOPS")
+        return properties.endswith(b"= 1\n")
 
     def _sounding(self):
         query = subprocess.run(["pactl", "info"], env=self.environment, capture_output=True)
