@@ -40,7 +40,8 @@ fake::Song song() {
   const auto length = static_cast<double>(samples.size());
   for (std::size_t i = 0; i < samples.size(); ++i) {
     const double t = static_cast<double>(i) / length;
-    const auto value = static_cast<double>(i / framesInAValue);
+    const std::size_t bucket = i / framesInAValue;
+    const auto value = static_cast<double>(bucket);
     const double part = 0.55 + 0.35 * std::sin(t * 6 * std::numbers::pi - 1.2);
     const double fade = std::min({1.0, t * 14, (1 - t) * 9});
     const double beat = 0.6 + 0.4 * std::abs(std::sin(t * 340));
