@@ -5,6 +5,7 @@ import re
 
 from accessible import Box, Screen
 from pointer import Pointer
+from virtual_desktop import SCREEN_HEIGHT, SCREEN_WIDTH
 from waiting import PATIENCE, wait_until
 
 COMPOSITOR = "Weston Compositor - screen0"
@@ -28,6 +29,8 @@ class WaylandQuibel:
         self._screen = Screen(desktop)
         self.button("Cerrar")
         wait_until(self._drawn, "the window to be drawn")
+        # A compositor that was opened under the pointer may not know that it is there.
+        self.pointer.move(SCREEN_WIDTH - 1, SCREEN_HEIGHT - 1)
 
     @property
     def log(self):
@@ -39,7 +42,7 @@ class WaylandQuibel:
         """Where the window is on the virtual desktop: by its size as it knows it, and
         by the compositor's ground around it."""
         _, _, width, height = self._frame()
-        left, top = self._drawn() or (0, 0)
+        left, top = self._drawn() or self._compositor()
         return Box(left, top, width, height)
 
     def button(self, name):
@@ -69,13 +72,16 @@ class WaylandQuibel:
         return tuple(int(re.search(rf"Absolute upper-left {axis}:\s+(\d+)", said)[1]) for axis in "XY")
 
     def _drawn(self):
-        """The upper left corner of what stands on the compositor's ground, or None."""
+        """The upper left corner of what stands on the compositor's ground, or None where
+        there is none, or no ground yet."""
         left, top = self._compositor()
         pixels = self.desktop.pixels(left, top, WIDTH, HEIGHT)
-        row_length = 3 * WIDTH
-        rows = (pixels[i : i + row_length] for i in range(0, len(pixels), row_length))
+        ground = GROUND * WIDTH
+        rows = [pixels[i : i + len(ground)] for i in range(0, len(pixels), len(ground))]
+        if rows[-1] != ground:
+            return None
         for y, row in enumerate(rows):
-            if row != GROUND * WIDTH:
+            if row != ground:
                 x = next(x for x in range(WIDTH) if row[3 * x : 3 * x + 3] != GROUND)
                 return left + x, top + y
         return None
