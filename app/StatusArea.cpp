@@ -4,7 +4,6 @@
 #include <QHBoxLayout>
 
 #include "app/Spinner.h"
-#include "views/DisplayText.h"
 #include "views/TextLabel.h"
 
 namespace quibel {
@@ -41,7 +40,6 @@ void StatusArea::showProgress(const QString& text) {
 
 void StatusArea::showStatus(const QString& text) {
   status_->showText(text);
-  status_->setToolTip(plainToolTip(text));
   setCurrentIndex(1);
   announce(text);
 }

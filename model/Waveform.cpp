@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <future>
 #include <limits>
+#include <memory>
 #include <new>
 #include <optional>
 #include <span>
@@ -88,9 +89,9 @@ std::optional<Peaks> peaksFrom(platform::AudioFile& file, std::int64_t begin,
 /// The buckets from a frame on, found by another reader in a thread of its own.
 class Latter {
  public:
-  /// Nothing where the song has no other reader.
-  Latter(const platform::AudioFile& file, std::int64_t begin, std::int64_t framesPerBucket) {
-    auto reader = file.anotherReader();
+  /// `reader` may be null: then there are none.
+  Latter(std::unique_ptr<platform::AudioFile> reader, std::int64_t begin,
+         std::int64_t framesPerBucket) {
     if (!reader) return;
     auto read = [=, reader = std::move(reader), stop = stop_.get_token()] {
       return peaksFrom(*reader, begin, framesPerBucket, stop);
@@ -136,12 +137,11 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
   if (!buffer) return std::unexpected(AudioError::invalid);
 
   const std::int64_t half = total / 2 / framesPerBucket * framesPerBucket;
-  std::optional<Latter> latter;
-  if (total >= shortestShared) latter.emplace(file, half, framesPerBucket);
+  Latter latter(total < shortestShared ? nullptr : file.anotherReader(), half, framesPerBucket);
   Peaks values;
   while (file.framePosition() < file.length()) {
-    if (latter && file.framePosition() == half) {
-      if (const auto peaks = latter->take()) {
+    if (file.framePosition() == half) {
+      if (const auto peaks = latter.take()) {
         values.insert(values.end(), peaks->begin(), peaks->end());
         break;
       }
@@ -149,10 +149,7 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
     buffer->setFrameLength(0);
     if (auto read = file.read(*buffer, capacity); !read)
       return std::unexpected(std::move(read).error());
-    if (buffer->frameLength() == 0) break;
-    const auto* const data = buffer->floatChannelData();
-    if (!data) break;
-
+    if (buffer->frameLength() == 0 || !buffer->floatChannelData()) break;
     values.push_back(peakOf(*buffer, channels));
   }
   normalise(values);

@@ -6,6 +6,8 @@
 #include <QStyle>
 #include <algorithm>
 
+#include "views/DisplayText.h"
+
 namespace quibel {
 namespace {
 
@@ -30,7 +32,12 @@ TextLabel::TextLabel(TextStyle style, Role role, Feature feature, const QString&
 }
 
 void TextLabel::showText(const QString& text) {
-  if (text != this->text()) setText(text);
+  if (text == this->text()) return;
+  setText(text);
+  if (feature_ != Feature::elided) return;
+  setToolTip(plainToolTip(text));
+  // As is, assistive technology would be told the tooltip, with its markup.
+  setAccessibleDescription(text);
 }
 
 QSize TextLabel::sizeHint() const { return {advance(text()), lineHeightOf(fontMetrics())}; }

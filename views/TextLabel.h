@@ -16,7 +16,7 @@ class TextLabel : public QLabel {
   enum class Feature {
     none,
     monospacedDigits,  ///< every digit as wide as the widest, so that times stand still
-    elided,            ///< cut in the middle where there is no room, never asking for more
+    elided,            ///< cut in the middle where there is no room, whole in a tooltip
   };
 
   explicit TextLabel(TextStyle style, Role role = Role::primary, Feature feature = Feature::none,

@@ -83,9 +83,7 @@ QWidget* WorkspaceScreen::makeButtons() {
 
 void WorkspaceScreen::refresh() {
   const auto& url = editor_->audioURL();
-  const auto name = url ? displayFileName(url->lastPathComponent()) : QString();
-  fileName_->showText(name);
-  fileName_->setToolTip(plainToolTip(name));
+  fileName_->showText(url ? displayFileName(url->lastPathComponent()) : QString());
   length_->showText(displayText(format(editor_->duration())));
   waveform_->refresh(editor_->samples(), editor_->duration(), editor_->playhead());
   start_->showTime(editor_->start());

@@ -1,10 +1,11 @@
-#include <dlfcn.h>
-
 #include "platform/ffmpeg/Pointers.h"
 #include "tests/export/Workshop.h"
+#include "tests/support/SystemCall.h"
 
 // Stands in for FFmpeg's calls that make a ringtone, so that any one of them can fail.
 namespace {
+
+using quibel::test::original;
 
 int callsUntilFailure = 0;  // 0: none fails
 
@@ -12,11 +13,6 @@ bool failsNow() {
   if (callsUntilFailure == 0) return false;
   --callsUntilFailure;
   return callsUntilFailure == 0;
-}
-
-template <class Function>
-Function* original(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
 }  // namespace

@@ -9,11 +9,12 @@
 #include <mutex>
 #include <optional>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
+
+#include "tests/support/SystemCall.h"
 
 namespace quibel::test {
 namespace {
@@ -77,11 +78,6 @@ void forget(int descriptor) {
   state().files.erase(descriptor);
 }
 
-template <class Function>
-Function* original(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
 // Half of the bytes that a call is to move, but one at least.
 std::size_t half(std::size_t count) { return std::max<std::size_t>(count / 2, 1); }
 
@@ -112,13 +108,10 @@ using namespace quibel::test;
 
 extern "C" int open(const char* path, int flags, ...) {
   static auto* const real = original<int(const char*, int, ...)>("open");
-  mode_t mode = 0;
-  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
+  std::va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = openMode(flags, rest);
+  va_end(rest);
   if (notePath("open", path)) return -1;
   const int descriptor = real(path, flags, mode);
   remember(descriptor, path);

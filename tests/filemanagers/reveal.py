@@ -4,33 +4,34 @@ manager answers. Prints where a picture of each lies.
 Run as: reveal.py FOLDER-OF-THE-PROGRAMS FOLDER-FOR-THE-PICTURES
 """
 
-import multiprocessing
 import os
 import pathlib
 import signal
 import sys
+import traceback
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "program"))
 
 import songs  # noqa: E402
+from accessible import Screen  # noqa: E402
 from quibel import CREATE, Quibel, SAVE_PANEL  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
 from waiting import wait_until  # noqa: E402
-from windows import Windows  # noqa: E402
 
 INTERFACE = "org.freedesktop.FileManager1"
 
-# How the message bus of a desktop with only that file manager would start it.
+# How the message bus of a desktop with only that program as its file manager would
+# start it.
 FILE_MANAGERS = {
-    "Thunar": "/usr/bin/thunar --daemon",
+    "thunar": "/usr/bin/thunar --daemon",
     # Drawn by OpenGL in software, its window comes to nothing else.
-    "Nautilus": "/usr/bin/env GSK_RENDERER=cairo /usr/bin/nautilus --gapplication-service",
-    "Dolphin": "/usr/bin/dolphin --daemon",
-    "PCManFM-Qt": "/usr/bin/pcmanfm-qt --daemon-mode",
+    "nautilus": "/usr/bin/env GSK_RENDERER=cairo /usr/bin/nautilus --gapplication-service",
+    "dolphin": "/usr/bin/dolphin --daemon",
+    "pcmanfm-qt": "/usr/bin/pcmanfm-qt --daemon-mode",
 }
 
 # What opens a folder where no file manager answers.
-OPENER = "pcmanfm-qt.desktop"
+OPENER = "pcmanfm-qt"
 
 
 class Desk(VirtualDesktop):
@@ -46,7 +47,7 @@ class Desk(VirtualDesktop):
         settings = self.home / ".config"
         settings.mkdir(exist_ok=True)
         (settings / "mimeapps.list").write_text(
-            f"[Default Applications]\ninode/directory={OPENER}\n"
+            f"[Default Applications]\ninode/directory={OPENER}.desktop\n"
         )
         # Comes before the services of the machine's own file managers.
         services = pathlib.Path(self.environment["XDG_RUNTIME_DIR"]) / "dbus-1" / "services"
@@ -81,17 +82,20 @@ class Desk(VirtualDesktop):
         quibel.click(CREATE)
         quibel.wait_for("dialog", SAVE_PANEL)
         quibel.wait_for("text").text = str(ringtone)
-        # Only now, as nothing more is read through libatspi; see windows.py.
         before_the_end()
         quibel.pointer.type("Return")
         return ringtone
 
-    def wait_until(self, shown, what, picture):
-        """Until something that shows is what shown() looks for; then, or in vain, takes
-        a picture."""
-        windows = Windows(self.environment)
+    def wait_until(self, program, shown, what, picture):
+        """Until something that a program shows is what shown() looks for; then, or in
+        vain, takes a picture."""
+        screen = Screen(self)
         try:
-            wait_until(lambda: any(map(shown, windows.elements())), f"{what}; see {picture}", 60)
+            wait_until(
+                lambda: any(map(shown, screen.elements(program))),
+                lambda: f"{what}; see {picture}, which shows:\n" + screen.describe(program),
+                60,
+            )
         finally:
             self.screenshot(picture)
 
@@ -103,17 +107,17 @@ class Desk(VirtualDesktop):
         )  # fmt: skip
 
 
-def points_it_out(command, build, picture):
-    with Desk(command) as desk:
+def points_it_out(program, build, picture):
+    with Desk(FILE_MANAGERS[program]) as desk:
         ringtone = desk.export(build, desk.start_file_manager)
 
         def pointed_out(element):
             # Thunar's icons are no elements; its status bar names the one that is selected.
-            if element.role in ("statusbar", "status bar"):
+            if element.role == "statusbar":
                 return element.name.startswith(f'"{ringtone.name}"')
             return element.selected and element.name == ringtone.name
 
-        desk.wait_until(pointed_out, f"{ringtone.name} to be selected", picture)
+        desk.wait_until(program, pointed_out, f"{ringtone.name} to be selected", picture)
 
 
 def opens_the_folder(command, before_the_end, build, picture):
@@ -123,18 +127,15 @@ def opens_the_folder(command, before_the_end, build, picture):
         def window(element):
             return element.role == "frame" and element.name.startswith(folder.name)
 
-        desk.wait_until(window, f"a window of {folder.name}", picture)
+        desk.wait_until(OPENER, window, f"a window of {folder.name}", picture)
 
 
 def main():
     build, pictures = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
     pictures.mkdir(parents=True, exist_ok=True)
-    cases = {
-        f"{name} points it out": (points_it_out, command)
-        for name, command in FILE_MANAGERS.items()
-    }
+    cases = {f"{program} points it out": (points_it_out, program) for program in FILE_MANAGERS}
     cases["its folder is opened where the file manager hangs"] = (
-        opens_the_folder, FILE_MANAGERS["Thunar"], Desk.start_one_that_hangs
+        opens_the_folder, FILE_MANAGERS["thunar"], Desk.start_one_that_hangs
     )  # fmt: skip
     cases["its folder is opened where there is none"] = (
         opens_the_folder, "/bin/false", lambda desk: None
@@ -143,12 +144,13 @@ def main():
     failed = False
     for case, (check, *arguments) in cases.items():
         picture = pictures / f"{case.replace(' ', '-')}.png"
-        # A process reads one desktop only.
-        process = multiprocessing.Process(target=check, args=(*arguments, build, picture))
-        process.start()
-        process.join()
-        failed = failed or process.exitcode != 0
-        print(f"{'NOT: ' if process.exitcode else ''}{case}: {picture}", flush=True)
+        try:
+            check(*arguments, build, picture)
+            print(f"{case}: {picture}", flush=True)
+        except Exception:
+            failed = True
+            traceback.print_exc()
+            print(f"NOT: {case}: {picture}", flush=True)
     sys.exit(failed)
 
 

@@ -1,21 +1,26 @@
 """What the windows on a desktop show, read as a screen reader would."""
 
-import os
+import enum
 import pathlib
 from typing import NamedTuple
 
-import gi
+from gi.repository import GLib
 
-gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi, GLib  # noqa: E402
+from accessibility_bus import NOTHING, ROOT, AccessibilityBus, CallFailed
+from waiting import wait_until
 
-from waiting import PATIENCE, wait_until  # noqa: E402
+# The names that differ between versions of the toolkits, as the others give them.
+ROLES = {"button": "push button", "status bar": "statusbar", "alert message": "alert"}
 
-# How long a program may take to answer a single question.
-ANSWER_SECONDS = 15
 
-# As AT-SPI 2.56 calls them, by the names of 2.46.
-RENAMED_ROLES = {"button": "push button"}
+class State(enum.IntEnum):
+    """The bits of AT-SPI's set of states."""
+
+    ENABLED = 8
+    FOCUSED = 12
+    SELECTED = 23
+    SHOWING = 25
+    VISIBLE = 30
 
 
 class Box(NamedTuple):
@@ -38,138 +43,118 @@ class Accessible:
     role is a name such as "push button" or "slider".
     """
 
-    def __init__(self, node):
+    def __init__(self, bus, node):
+        self._bus = bus
         self._node = node
-        self.name = node.get_name()
-        self.description = node.get_description()
-        role = node.get_role_name()
-        self.role = RENAMED_ROLES.get(role, role)
-        self.showing = self._has(Atspi.StateType.SHOWING) and self._has(Atspi.StateType.VISIBLE)
+        self.name = bus.get(node, "Accessible", "Name")
+        self.description = bus.get(node, "Accessible", "Description")
+        role = bus.call(node, "Accessible", "GetRoleName")
+        self.role = ROLES.get(role, role)
+        self.showing = self._has(State.SHOWING, State.VISIBLE)
 
     @property
     def text(self):
         """The text of an entry."""
-        return Atspi.Text.get_text(self._node, 0, -1)
+        return self._bus.call(self._node, "Text", "GetText", "(ii)", 0, -1)
 
     @text.setter
     def text(self, value):
-        Atspi.EditableText.set_text_contents(self._node, value)
+        self._bus.call(self._node, "EditableText", "SetTextContents", "(s)", value)
 
     @property
     def value(self):
         """Where a slider stands."""
-        return Atspi.Value.get_current_value(self._node)
+        return self._bus.get(self._node, "Value", "CurrentValue")
 
     @value.setter
     def value(self, value):
-        Atspi.Value.set_current_value(self._node, value)
+        self._bus.set(self._node, "Value", "CurrentValue", GLib.Variant("d", value))
 
     @property
     def range(self):
         """The least and the greatest value of a slider."""
-        return (
-            Atspi.Value.get_minimum_value(self._node),
-            Atspi.Value.get_maximum_value(self._node),
-        )
+        ends = ("MinimumValue", "MaximumValue")
+        return tuple(self._bus.get(self._node, "Value", end) for end in ends)
 
     def press(self):
         """Presses a button, as a screen reader does for a person."""
-        actions = range(Atspi.Action.get_n_actions(self._node))
-        press = next(i for i in actions if Atspi.Action.get_action_name(self._node, i) == "Press")
-        Atspi.Action.do_action(self._node, press)
+        actions = self._bus.call(self._node, "Action", "GetActions")
+        press = next(i for i, (name, *_) in enumerate(actions) if name == "Press")
+        self._bus.call(self._node, "Action", "DoAction", "(i)", press)
 
     @property
     def box(self):
         """Where it is on the screen, as far as its program knows: a window manager
         that has moved the window does not always tell."""
-        extents = Atspi.Component.get_extents(self._node, Atspi.CoordType.SCREEN)
-        return Box(extents.x, extents.y, extents.width, extents.height)
+        return Box(*self._bus.call(self._node, "Component", "GetExtents", "(u)", 0))
 
     @property
     def window(self):
         """The window that it is in: the element below the program itself."""
         node = self._node
-        while (parent := node.get_parent()).get_role() != Atspi.Role.APPLICATION:
+        while (parent := self._bus.get(node, "Accessible", "Parent"))[1] != ROOT:
             node = parent
-        return Accessible(node)
+        return Accessible(self._bus, node)
 
     @property
     def enabled(self):
-        return self._has(Atspi.StateType.ENABLED)
+        return self._has(State.ENABLED)
 
     @property
     def selected(self):
-        return self._has(Atspi.StateType.SELECTED)
+        return self._has(State.SELECTED)
+
+    @property
+    def focused(self):
+        return self._has(State.FOCUSED)
 
     def walk(self):
         """This element and all below it, parents first, in their order."""
         yield self
-        for index in range(self._node.get_child_count()):
-            child = self._node.get_child_at_index(index)
-            if child is not None:
-                yield from Accessible(child).walk()
+        for child in self._bus.call(self._node, "Accessible", "GetChildren"):
+            if child[1] != NOTHING:
+                yield from Accessible(self._bus, child).walk()
 
-    @property
-    def focused(self):
-        return self._has(Atspi.StateType.FOCUSED)
-
-    def _has(self, state):
-        return self._node.get_state_set().contains(state)
+    def _has(self, *states):
+        low, high = self._bus.call(self._node, "Accessible", "GetState")
+        return all((low | high << 32) >> state & 1 for state in states)
 
 
 class Announcements:
     """What a screen reader reads out without being asked: notifications and alerts
     as they appear, each as (role, name, description)."""
 
-    EVENT = "object:state-changed:showing"
-
-    def __init__(self):
+    def __init__(self, desktop):
+        self._bus = AccessibilityBus(desktop)
         self._heard = []
         self._appeared = []
-        self._listener = Atspi.EventListener.new(self._notice)
-        self._listener.register(self.EVENT)
-
-    def close(self):
-        self._listener.deregister(self.EVENT)
+        self.close = self._bus.subscribe(
+            "object:state-changed:showing", "StateChanged", "showing", self._notice
+        )
 
     def heard(self):
         """All of them so far, the first one first."""
         while GLib.MainContext.default().iteration(False):
             pass
         while self._appeared:
-            source = self._appeared.pop(0)
             try:
-                role = source.get_role_name()
-                if role in ("notification", "alert"):
-                    self._heard.append((role, source.get_name(), source.get_description()))
-            except GLib.Error:
-                pass  # gone again already
+                element = Accessible(self._bus, self._appeared.pop(0))
+            except CallFailed:
+                continue  # gone again already
+            if element.role in ("notification", "alert"):
+                self._heard.append((element.role, element.name, element.description))
         return self._heard
 
-    def _notice(self, event):
-        # This may be called while a call waits for its answer: to make one more here
-        # would be to wait for an answer that nobody reads.
-        if event.detail1:
-            self._appeared.append(event.source)
+    def _notice(self, node, on):
+        if on:
+            self._appeared.append(node)
 
 
 class Screen:
-    """All programs on a desktop's accessibility bus.
-
-    The bus is found through the environment once in a process: a process reads one
-    desktop only.
-    """
+    """All programs on a desktop's accessibility bus."""
 
     def __init__(self, desktop):
-        os.environ.update(desktop.environment)
-        Atspi.init()
-        # As is, a call that a busy program leaves unanswered for 0.8 s fails, and
-        # what it asked about looks as if it were not there.
-        patience = round(ANSWER_SECONDS * PATIENCE * 1000)
-        Atspi.set_timeout(patience, patience)
-        self._root = Atspi.get_desktop(0)
-        # Nobody runs the loop that would keep a cache fresh.
-        self._root.set_cache_mask(Atspi.Cache.NONE)
+        self._bus = AccessibilityBus(desktop)
 
     def elements(self, program):
         """Every showing element of a program; none while it is not there."""
@@ -201,22 +186,17 @@ class Screen:
         while it was looked at."""
         try:
             return ([element for element in self._walk(program) if element.showing],)
-        except GLib.Error:
+        except CallFailed:
             return None
 
     def _walk(self, program):
-        for index in range(self._root.get_child_count()):
-            child = self._root.get_child_at_index(index)
-            if child is not None and _program_of(child) == program:
-                child.set_cache_mask(Atspi.Cache.NONE)
-                yield from Accessible(child).walk()
+        for root in self._bus.programs():
+            if self._program_of(root) == program:
+                yield from Accessible(self._bus, root).walk()
 
-
-def _program_of(application):
-    """The name of an application's program, found without asking the application,
-    which might not answer."""
-    try:
-        process = application.get_process_id()
-        return pathlib.Path(f"/proc/{process}/comm").read_text().strip()
-    except (GLib.Error, OSError):  # it has just ended
-        return None
+    def _program_of(self, root):
+        """The name of the program with that root, or None if it has just ended."""
+        try:
+            return pathlib.Path(f"/proc/{self._bus.process_of(root)}/comm").read_text().strip()
+        except (CallFailed, OSError):
+            return None

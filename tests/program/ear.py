@@ -1,11 +1,15 @@
 """What a person on a virtual desktop would hear."""
 
 import array
+import os
+import select
 import subprocess
 
 from waiting import wait_until
 
 RATE = 8000
+# A tenth of a second of 16-bit samples.
+PIECE_BYTES = RATE // 10 * 2
 
 
 class Ear:
@@ -15,8 +19,9 @@ class Ear:
         self._recorder = subprocess.Popen(
             ["parec", "--device=speakers.monitor", f"--rate={RATE}", "--channels=1",
              "--format=s16le", "--latency-msec=50"],
-            env=desktop.environment, stdout=subprocess.PIPE,
+            env=desktop.environment, stdout=subprocess.PIPE, bufsize=0,
         )  # fmt: skip
+        self._recorded = b""
 
     def close(self):
         self._recorder.terminate()
@@ -36,11 +41,20 @@ class Ear:
 
         def long_enough():
             nonlocal heard
-            piece = array.array("h", self._recorder.stdout.read(RATE // 10 * 2))
-            if wanted(max(map(abs, piece))):
-                heard += 1
-            elif not pauses:
-                heard = 0
+            for piece in self._pieces():
+                if wanted(max(map(abs, piece))):
+                    heard += 1
+                elif not pauses:
+                    heard = 0
             return heard >= seconds * 10
 
         wait_until(long_enough, f"{seconds} s of {what}", seconds=20)
+
+    def _pieces(self):
+        """What was recorded since, by tenths of a second."""
+        recorder = self._recorder.stdout
+        if select.select([recorder], [], [], 0.1)[0]:
+            self._recorded += os.read(recorder.fileno(), 2 * PIECE_BYTES)
+        while len(self._recorded) >= PIECE_BYTES:
+            piece, self._recorded = self._recorded[:PIECE_BYTES], self._recorded[PIECE_BYTES:]
+            yield array.array("h", piece)

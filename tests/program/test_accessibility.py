@@ -17,7 +17,7 @@ class Accessibility(Scenario):
 
     def setUp(self):
         super().setUp()
-        self._announcements = self.enterContext(contextlib.closing(Announcements()))
+        self._announcements = self.enterContext(contextlib.closing(Announcements(self.desktop)))
 
     def test_the_whole_job_can_be_done(self):
         self.choose(songs.tone(self.song("canción.wav"), 60))

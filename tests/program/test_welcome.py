@@ -40,8 +40,8 @@ class Welcome(Scenario):
         songs.tone(self.song("audio.wav"), 1)
         self.song("texto.txt").write_text("hola")
         self.quibel.click(CHOOSE)
-        self.quibel.wait_for("table cell", "audio.wav")
-        self.assertFalse(self.quibel.has("table cell", "texto.txt"))
+        self.quibel.wait_for("tree item", "audio.wav")
+        self.assertFalse(self.quibel.has("tree item", "texto.txt"))
         self.quibel.cancel_panel(OPEN_PANEL)
 
 
@@ -54,7 +54,7 @@ class Panels(Scenario):
 
     def test_the_first_panel_opens_among_the_persons_music(self):
         self.quibel.click(CHOOSE)
-        self.quibel.wait_for("table cell", "entre las mías.wav")
+        self.quibel.wait_for("tree item", "entre las mías.wav")
         self.quibel.cancel_panel(OPEN_PANEL)
 
     def test_a_later_panel_opens_where_the_last_was_confirmed(self):
@@ -66,7 +66,7 @@ class Panels(Scenario):
         self.quibel.answer_panel(OPEN_PANEL, song)
         self.quibel.wait_until_loaded()
         self.quibel.click(CHANGE)
-        self.quibel.wait_for("table cell", "vecina.wav")
+        self.quibel.wait_for("tree item", "vecina.wav")
         self.quibel.cancel_panel(OPEN_PANEL)
 
     def test_nothing_of_a_panel_is_kept_on_disk(self):

@@ -117,6 +117,10 @@ class VirtualDesktop(contextlib.ExitStack):
         for name, value in os.environ.items():
             if name.endswith("SAN_OPTIONS"):
                 self.environment[name] = value
+        if "ASAN_OPTIONS" in self.environment:
+            # Qt is built without frame pointers: a leak of its own is known by a name
+            # only if the stack is unwound without them.
+            self.environment["ASAN_OPTIONS"] += ":fast_unwind_on_malloc=0:malloc_context_size=12"
         self._start_screen()
         self._start_bus()
         if self._window_manager:

@@ -6,6 +6,9 @@ import time
 # How many times longer than a plain build this one takes to answer.
 PATIENCE = float(os.environ.get("QUIBEL_TEST_PATIENCE", "1"))
 
+# When all waiting of this process ends.
+LAST = time.monotonic() + float(os.environ.get("QUIBEL_TEST_SECONDS", "inf"))
+
 
 class DeadlinePassed(AssertionError):
     """What was waited for has not come."""
@@ -17,7 +20,7 @@ def wait_until(condition, what, seconds=15.0):
     what says in words what is waited for; it may be a function, called only when
     the deadline passes, so that it can tell what was there instead.
     """
-    deadline = time.monotonic() + seconds * PATIENCE
+    deadline = min(time.monotonic() + seconds * PATIENCE, LAST)
     while True:
         found = condition()
         if found:

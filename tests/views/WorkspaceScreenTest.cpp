@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <algorithm>
 
 #include "model/Format.h"
@@ -197,6 +198,9 @@ TEST_F(Workspace, ALongNameIsElidedAndWholeInTheTooltipAndForAssistiveTechnology
   EXPECT_EQ(shown->textFormat(), Qt::PlainText);
   EXPECT_LE(placeIn(screen, shown).right(), 724 - 22);
   EXPECT_TRUE(shown->toolTip().contains(QStringLiteral("&lt;b&gt;x&amp;amp;y.mp3")));
+  auto* const accessible = QAccessible::queryAccessibleInterface(shown);
+  EXPECT_EQ(accessible->text(QAccessible::Name).toStdString(), name);
+  EXPECT_EQ(accessible->text(QAccessible::Description).toStdString(), name);
 }
 
 TEST_F(Workspace, ThePanelIsTheControlBackgroundAtFourFifths) {

@@ -2,11 +2,11 @@
 #include <new>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 
 #include "platform/cubeb/Renderer.h"
+#include "tests/support/SystemCall.h"
 
 // What the sink's thread does is counted by standing in for the functions that
 // would be called. Sanitizers stand in for them too, and go first.
@@ -38,10 +38,9 @@ thread_local int counted = 0;
 }
 
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
-  static const auto original =
-      reinterpret_cast<int (*)(pthread_mutex_t*)>(::dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+  static auto* const real = quibel::test::original<int(pthread_mutex_t*)>("pthread_mutex_lock");
   if (counting) ++counted;
-  return original(mutex);
+  return real(mutex);
 }
 #endif
 

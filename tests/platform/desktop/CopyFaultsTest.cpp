@@ -3,7 +3,6 @@
 #include <string>
 #include <string_view>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -12,11 +11,15 @@
 
 #include "platform/desktop/LocalFileManager.h"
 #include "tests/platform/desktop/TemporaryFolder.h"
+#include "tests/support/SystemCall.h"
 
 // Stands in for the system calls of a copy, so that any one of them can fail.
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's
 // headers have reserved names.
 namespace {
+
+using quibel::test::openMode;
+using quibel::test::original;
 
 thread_local int callsUntilFailure = 0;  // 0: none fails
 thread_local int failure = 0;
@@ -30,11 +33,6 @@ bool failsNow(const char* call) {
   errno = failure;
   failedCall = call;
   return true;
-}
-
-template <class Function>
-Function* original(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
 }  // namespace
@@ -61,13 +59,10 @@ extern "C" int fstat(int fd, struct stat* status) noexcept {
 
 extern "C" int open(const char* path, int flags, ...) {
   static auto* const real = original<int(const char*, int, ...)>("open");
-  mode_t mode = 0;
-  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
+  std::va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = openMode(flags, rest);
+  va_end(rest);
   if (hasNoUnnamedFiles && (flags & O_TMPFILE) == O_TMPFILE) {
     errno = EOPNOTSUPP;
     return -1;
