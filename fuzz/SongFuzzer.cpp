@@ -56,6 +56,13 @@ void useSong(platform::AudioFile& song) {
   }
 }
 
+void useAnotherReader(const platform::AudioFile& song) {
+  const auto other = song.anotherReader();
+  if (!other) return;
+  expect(other->length() == song.length() && other->framePosition() == 0, "it is the same song");
+  if (other->seek(song.length() / 2)) static_cast<void>(readOn(*other, bufferFrames));
+}
+
 }  // namespace
 }  // namespace quibel::fuzz
 
@@ -65,6 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto song = ffmpeg::openAudioFile(fuzz::inputOf({data, size}));
   if (song) {
     fuzz::useSong(**song);
+    fuzz::useAnotherReader(**song);
   } else {
     fuzz::expect(!song.error().localizedDescription().empty(), "a refusal says why");
   }
