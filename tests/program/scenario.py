@@ -8,6 +8,10 @@ from quibel import Quibel
 from virtual_desktop import VirtualDesktop
 
 
+def not_under_thread_sanitizer(reason):
+    return unittest.skipIf("TSAN_OPTIONS" in os.environ, reason)
+
+
 class Scenario(unittest.TestCase):
     """A test with a desktop of its own, on which Quibel has just been started and
     from which it must leave in good order.

@@ -1,22 +1,17 @@
-import os
 import pathlib
 import time
 
 import songs
 from quibel import LISTEN, STOP
-from scenario import Scenario
+from scenario import Scenario, not_under_thread_sanitizer
 from waiting import wait_until
 
 QUIET_SECONDS = 4
 
 
+@not_under_thread_sanitizer("it has a thread of its own that wakes up")
 class Idle(Scenario):
     """No thread of the program wakes up while nothing happens: no timer, no repaint."""
-
-    def setUp(self):
-        if "TSAN_OPTIONS" in os.environ:
-            self.skipTest("ThreadSanitizer has a thread that wakes up")
-        super().setUp()
 
     def test_with_no_song(self):
         self.wait_until_quiet()
