@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -50,12 +51,17 @@ class PulseLoop : public testing::TestWithParam<SongKind> {
     if (!PulseServer::isInstalled()) GTEST_SKIP() << "no PulseAudio server is installed";
     server_ = std::make_unique<PulseServer>(GetParam().rate);
     output_ = std::make_unique<AudioOutput>();
+  }
+
+  /// A player of the song, in place of the last one.
+  void makePlayer() {
+    player_.reset();
     auto made = output_->makePlayer(std::make_unique<SyntheticSong>(
         platform::AudioFormat{static_cast<double>(GetParam().rate), GetParam().channels},
         std::int64_t{3} * GetParam().rate, [](std::int64_t frame, std::uint32_t channel) {
           return channel == 0 ? static_cast<float>(frame + 1) / scale : 0.0F;
         }));
-    ASSERT_TRUE(made) << made.error().localizedDescription();
+    if (!made) throw std::runtime_error(made.error().localizedDescription());
     player_ = std::move(*made);
   }
 
@@ -74,6 +80,7 @@ class PulseLoop : public testing::TestWithParam<SongKind> {
 
   /// Records a loop that `drive` begins and drives.
   Heard record(const std::function<std::vector<LoopDriver::Look>()>& drive) {
+    makePlayer();
     recorder_ = std::make_unique<PulseRecorder>(GetParam().rate);
     Heard heard{.looks = drive(), .passes = {}};
     player_->stop();
