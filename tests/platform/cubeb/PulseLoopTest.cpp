@@ -103,11 +103,11 @@ class PulseLoop : public testing::TestWithParam<SongKind> {
   }
 
   /// The same without silence. A machine that has no time for anybody makes some now
-  /// and then, a player that is late does every time: it has three tries.
+  /// and then, a player that is late does every time: it has five tries.
   template <class Make>
   static Heard withoutSilence(const Make& make) {
     Heard heard = make();
-    for (int tries = 1; tries < 3 && heard.silence > 0; ++tries) {
+    for (int tries = 1; tries < 5 && heard.silence > 0; ++tries) {
       std::cout << "Again, after " << heard.silence << " frames of silence\n";
       heard = make();
     }
