@@ -47,7 +47,6 @@ class CubebSink final : public Sink {
   }
 
   bool start() override { return cubeb_stream_start(stream_.get()) == CUBEB_OK; }
-  bool stop() override { return cubeb_stream_stop(stream_.get()) == CUBEB_OK; }
 
   std::optional<std::uint64_t> position() override {
     std::uint64_t frames = 0;

@@ -34,6 +34,7 @@ Decoder::Decoder(std::unique_ptr<platform::AudioFile> song, const Downmix& downm
 
 void Decoder::jump(std::uint64_t generation, std::int64_t frame) {
   const std::lock_guard lock(mutex_);
+  if (generation <= requested_.load()) return;
   jump_ = Jump{generation, frame};
   requested_.store(generation);
   changed_.notify_one();

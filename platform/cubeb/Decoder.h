@@ -38,7 +38,7 @@ class Decoder {
   Decoder& operator=(const Decoder&) = delete;
 
   /// Any thread, at once: begins a passage at the song's `frame`, 0 … length.
-  /// Of several jumps the last one counts.
+  /// Of several jumps the one with the highest generation counts.
   void jump(std::uint64_t generation, std::int64_t frame);
 
   /// Any thread, at once: fills the newest passage up.

@@ -65,6 +65,7 @@ std::optional<Clock::time_point> PlayerEngine::service(OutputDevice& device) {
     if (Clock::now() < nextAttempt_) return nextAttempt_;
     if (open(device)) {
       transport_.outputFound();
+      jump(transport_.resume());
     } else {
       lose(device);
     }
@@ -73,10 +74,8 @@ std::optional<Clock::time_point> PlayerEngine::service(OutputDevice& device) {
 
   if (running_) {
     report();
-    if (intent == Transport::Intent::stop) {
-      sink_->stop();
-      running_ = false;
-    }
+    // Not only halted: what it still has queued would be heard when it starts again.
+    if (intent == Transport::Intent::stop) close();
   } else if (intent == Transport::Intent::play && decoder_.isReady()) {
     start(device);
   }
@@ -96,7 +95,7 @@ void PlayerEngine::lose(OutputDevice& device) {
   close();
   device.drop();
   nextAttempt_ = Clock::now() + attemptInterval;
-  jump(transport_.outputLost());
+  transport_.outputLost();
 }
 
 void PlayerEngine::report() {

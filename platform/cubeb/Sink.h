@@ -32,7 +32,7 @@ class SinkSource {
   ~SinkSource() = default;
 };
 
-/// One stream to the sound output, stopped when it is made. Audio thread only.
+/// One stream to the sound output, silent until it is started. Audio thread only.
 /// Each call may wait for the sound server.
 class Sink {
  public:
@@ -40,12 +40,12 @@ class Sink {
   Sink(const Sink&) = delete;
   Sink& operator=(const Sink&) = delete;
 
-  /// The source is not called any more once this returns.
+  /// Ends the sound, what is queued with it. The source is not called any more
+  /// once this returns.
   virtual ~Sink() = default;
 
   /// False if the sound output refuses.
   virtual bool start() = 0;
-  virtual bool stop() = 0;
 
   /// Frames heard since the sink was made, or nothing if that is not known now.
   /// Never goes back.

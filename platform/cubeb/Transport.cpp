@@ -77,17 +77,22 @@ void Transport::publish(const Segment& heard, Clock::time_point when) {
     intent_ = Intent::rest;
 }
 
-Transport::Jump Transport::outputLost() {
+void Transport::outputLost() {
   const std::lock_guard lock(mutex_);
   hasOutput_ = false;
   if (intent_ == Intent::play) intent_ = Intent::rest;
-  if (target_.generation != 0 && jumpHeard()) setTime_ = secondsAt(heard_.songFrame);
-  return jumpTo(jumpHeard() ? heard_.songFrame : target_.frame);
 }
 
 void Transport::outputFound() {
   const std::lock_guard lock(mutex_);
   hasOutput_ = true;
+}
+
+Transport::Jump Transport::resume() {
+  const std::lock_guard lock(mutex_);
+  if (!jumpHeard()) return jumpTo(target_.frame);
+  setTime_ = secondsAt(heard_.songFrame);
+  return jumpTo(heard_.songFrame);
 }
 
 Transport::Jump Transport::jumpTo(std::int64_t frame) {

@@ -48,10 +48,13 @@ class Transport {
   /// Audio thread: what was being heard at `when`.
   void publish(const Segment& heard, Clock::time_point when);
 
-  /// Audio thread: playback has stopped because the output is gone. The jump to
-  /// be made so that it goes on from what was heard last.
-  Jump outputLost();
+  /// Audio thread: playback has stopped because the output is gone.
+  void outputLost();
   void outputFound();
+
+  /// Audio thread: the jump with which a fresh sink plays on, from what was heard
+  /// last or, if a jump was under way, from where that leads.
+  Jump resume();
 
  private:
   Jump jumpTo(std::int64_t frame);

@@ -70,10 +70,6 @@ class FakeOutput {
       ++output_.starts_;
       return output_.running_ = true;
     }
-    bool stop() override {
-      output_.set(output_.running_, false);
-      return true;
-    }
     std::optional<std::uint64_t> position() override { return output_.get(output_.position_); }
     bool hasFailed() const override { return output_.get(output_.failed_); }
 

@@ -163,16 +163,28 @@ TEST_F(Player, PlaysAgainAfterItsEndWithoutRestartingTheSink) {
   EXPECT_EQ(output.starts(), 1);
 }
 
-TEST_F(Player, StopSilencesTheSinkAndPlayGoesOnWhereItWas) {
+TEST_F(Player, StopEndsTheSoundAndPlayGoesOnFromWhatWasHeard) {
   open();
   playFrom(2);
   expectSong(pullSound(50), 2'000);
+  output.hear(30);
   player->stop();
   EXPECT_FALSE(player->isPlaying());
-  ASSERT_TRUE(eventually([&] { return !output.isRunning(); }));
+  ASSERT_TRUE(eventually([&] { return !output.isOpen(); })) << "it would keep what is queued";
   player->play();
   ASSERT_TRUE(eventually([&] { return output.isRunning(); }));
-  expectSong(pullSound(50), 2'050);
+  expectSong(pullSound(50), 2'030);
+}
+
+TEST_F(Player, StoppedAndStartedElsewhereItPlaysNothingOfTheOldPlace) {
+  open();
+  playFrom(2);
+  pullSound(50);
+  output.hear(30);
+  player->stop();
+  ASSERT_TRUE(eventually([&] { return !output.isRunning(); }));
+  playFrom(7);
+  expectSong(pullSound(50), 7'000);
 }
 
 TEST_F(Player, LettingGoOfAPlayerEndsItsSound) {

@@ -102,7 +102,7 @@ TEST_F(TransportTest, ALostOutputStopsPlaybackWhereItWasHeard) {
   transport.seek(2);
   transport.play();
   hear(1, 2'300);
-  EXPECT_EQ(transport.outputLost().frame, 2'300);
+  transport.outputLost();
   EXPECT_FALSE(transport.isPlaying());
   EXPECT_DOUBLE_EQ(transport.currentTime(now), 2.3);
   transport.play();
@@ -111,12 +111,22 @@ TEST_F(TransportTest, ALostOutputStopsPlaybackWhereItWasHeard) {
   EXPECT_TRUE(transport.isPlaying());
 }
 
-TEST_F(TransportTest, ALostOutputKeepsAJumpThatWasUnderWay) {
+TEST_F(TransportTest, AFreshSinkPlaysOnFromWhatWasHeardLast) {
   transport.seek(2);
   transport.play();
   hear(1, 2'300);
-  transport.seek(5);
-  EXPECT_EQ(transport.outputLost().frame, 5'000);
+  EXPECT_EQ(transport.resume().frame, 2'300);
+  EXPECT_EQ(transport.currentTime(now), 2.3) << "nothing of the fresh one is heard yet";
+}
+
+TEST_F(TransportTest, AFreshSinkPlaysFromWhereAJumpThatWasUnderWayLeads) {
+  transport.seek(2);
+  transport.play();
+  hear(1, 2'300);
+  const auto underWay = transport.seek(5);
+  const auto again = transport.resume();
+  EXPECT_EQ(again.frame, 5'000);
+  EXPECT_GT(again.generation, underWay->generation);
   EXPECT_EQ(transport.currentTime(now), 5.0);
 }
 
