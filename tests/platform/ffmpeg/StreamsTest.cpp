@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -140,6 +143,21 @@ TEST_F(Streams, TagOfFraunhofersEncoderIsNoSound) {
   EXPECT_EQ(sound.frames(), expected.frames());
   EXPECT_EQ(greatestDifference(expected, 0, sound), 0);
   expectSeeksToBeExact("tagged.mp3");
+}
+
+TEST_F(Streams, MatroskaLeavesOutTheDelayThatItNotes) {
+  // The element CodecDelay with its size, which FFmpeg writes from version 6.1 on.
+  constexpr std::array<std::uint8_t, 3> codecDelay{0x56, 0xAA, 0x84};
+  const Sound source = song(44'100, 2, sourceLength);
+  writeWav(file("s.wav"), source);
+  for (const auto& [codec, delay] : {std::pair{"aac", 1024}, {"libmp3lame", 1105}}) {
+    SCOPED_TRACE(codec);
+    ffmpeg({"-i", file("s.wav"), "-c:a", codec, file("song.mka")});
+    const auto bytes = readBytes(file("song.mka"));
+    const bool isNoted = !std::ranges::search(bytes, codecDelay).empty();
+    EXPECT_EQ(lagBehind(source, readAll(file("song.mka")), 1200, 1200, 20'000),
+              isNoted ? 0 : delay);
+  }
 }
 
 TEST_F(Streams, FreeFormatIsRefusedWithASentence) {
