@@ -40,7 +40,7 @@ platform::Result<void> exportRange(platform::AudioFile& song, const platform::Ti
   }
   auto file = OutputFile::create(output);
   if (!file) return std::unexpected(file.error());
-  auto writer = MovieWriter::open(**file, encoder->codec(), fragment.outputFrames);
+  auto writer = MovieWriter::open(**file, *encoder->parameters(), fragment.outputFrames);
   if (!writer) return std::unexpected(writer.error());
   const auto accept = [&](AVPacket& packet) { return writer->write(packet); };
 

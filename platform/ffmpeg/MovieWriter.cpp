@@ -18,7 +18,7 @@ std::int64_t roomForIndex(std::int64_t frames, int framesPerPacket) {
 
 }  // namespace
 
-platform::Result<MovieWriter> MovieWriter::open(OutputFile& output, const AVCodecContext& encoder,
+platform::Result<MovieWriter> MovieWriter::open(OutputFile& output, const AVCodecParameters& codec,
                                                 std::int64_t frames) {
   AVFormatContext* created = nullptr;
   const int code = avformat_alloc_output_context2(&created, nullptr, "ipod", nullptr);
@@ -30,20 +30,21 @@ platform::Result<MovieWriter> MovieWriter::open(OutputFile& output, const AVCode
   format->flush_packets = 0;
 
   AVStream* const stream = avformat_new_stream(format.get(), nullptr);
-  if (stream == nullptr || avcodec_parameters_from_context(stream->codecpar, &encoder) < 0) {
+  if (stream == nullptr || avcodec_parameters_copy(stream->codecpar, &codec) < 0) {
     throw std::bad_alloc();
   }
-  stream->time_base = encoder.time_base;
+  const AVRational frame{1, codec.sample_rate};
+  stream->time_base = frame;
 
   AVDictionary* settings = nullptr;
   // Durations to the frame, not to a thousandth of a second.
-  av_dict_set_int(&settings, "movie_timescale", encoder.sample_rate, 0);
+  av_dict_set_int(&settings, "movie_timescale", codec.sample_rate, 0);
   // Room for the index at the front.
-  av_dict_set_int(&settings, "moov_size", roomForIndex(frames, encoder.frame_size), 0);
+  av_dict_set_int(&settings, "moov_size", roomForIndex(frames, codec.frame_size), 0);
   const int begun = avformat_write_header(format.get(), &settings);
   const DictionaryPointer unused(settings);
   if (begun < 0) return std::unexpected(output.failure(begun));
-  return MovieWriter(output, std::move(format), encoder.time_base);
+  return MovieWriter(output, std::move(format), frame);
 }
 
 platform::Result<void> MovieWriter::write(AVPacket& packet) {

@@ -12,8 +12,9 @@ namespace quibel::ffmpeg {
 /// without tags or dates. The edit list leaves out the encoder's delay and padding.
 class MovieWriter {
  public:
-  /// Begins a file that will hold `frames` frames. `output` must outlive this.
-  static platform::Result<MovieWriter> open(OutputFile& output, const AVCodecContext& encoder,
+  /// Begins a file that will hold `frames` frames, in packets whose times are frames.
+  /// `output` must outlive this.
+  static platform::Result<MovieWriter> open(OutputFile& output, const AVCodecParameters& codec,
                                             std::int64_t frames);
 
   /// Takes the packet's contents.

@@ -62,6 +62,15 @@ TEST_F(Export, NoiseIsFarBelowThatOfFfmpegsCommandAtTheSameBitRate) {
   EXPECT_LE(ours / passages, half / passages - 6);
 }
 
+TEST_F(Export, SourceLouderThanFullScaleIsNotMadeWorse) {
+  const auto noiseAt = [&](float amplitude) {
+    const Sound source = sweep(44'100, 2, std::size_t{2} * 44'100, amplitude);
+    writeWav(file("song.wav"), source, WavFormat::float32);
+    return noiseIn(source, readAll(exported(file("song.wav"), 0, 2)), 0);
+  };
+  EXPECT_LT(noiseAt(1.8F), noiseAt(0.4F) + 0.5) << "the tops are cut off";
+}
+
 float peakOf(const Sound& sound) {
   float peak = 0;
   for (const auto& channel : sound.channels) {

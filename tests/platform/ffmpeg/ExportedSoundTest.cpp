@@ -38,6 +38,19 @@ TEST_F(Export, FirstFrameIsTheSongsFrameAtTheStart) {
   }
 }
 
+TEST_F(Export, PureTonesKeepTheirLevelHoweverLoud) {
+  for (const float amplitude : {0.5F, 0.9F, 1.0F, 1.5F}) {
+    for (const double frequency : {100.0, 440.0, 4'000.0}) {
+      const Sound source = sine(44'100, 2, 44'100, frequency, amplitude);
+      writeWav(file("song.wav"), source, WavFormat::float32);
+      const Sound tone = readAll(exported(file("song.wav"), 0, 1));
+      for (const auto& channel : tone.channels)
+        EXPECT_NEAR(level(channel, 4'096, 40'000), level(source.channels[0], 4'096, 40'000), 0.05)
+            << frequency << " Hz at " << amplitude;
+    }
+  }
+}
+
 TEST_F(Export, NothingFromBeforeOrBehindTheFragmentIsHeard) {
   // Loud everywhere but in the fragment.
   Sound source = noise(44'100, 1, std::size_t{5} * 44'100, 3, 0.9F);
