@@ -54,13 +54,16 @@ QStringList audioPatterns() {
   return patterns;
 }
 
-/// What was chosen, with its name's own bytes.
-std::optional<platform::FileURL> chosenFile(const QFileDialog& dialog) {
+/// What was chosen, as the dialog knows it.
+std::optional<platform::FileURL> chosenIn(const QFileDialog& dialog) {
   const auto urls = dialog.selectedUrls();
-  if (urls.isEmpty()) return std::nullopt;
-  auto exact = fileURL(urls.front());
-  if (!exact || LocalFileManager().fileExists(*exact)) return exact;
-  return fileShownAs(urls.front().toLocalFile());
+  return urls.isEmpty() ? std::nullopt : fileURL(urls.front());
+}
+
+/// The same with its name's own bytes.
+platform::FileURL withOwnBytes(const platform::FileURL& chosen) {
+  if (LocalFileManager().fileExists(chosen)) return chosen;
+  return fileShownAs(QFile::decodeName(chosen.path().c_str()));
 }
 
 /// The next panel opens where this one was confirmed.
@@ -111,7 +114,7 @@ std::optional<platform::FileURL> runOpenPanel(const platform::OpenPanel& panel) 
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return chosenFile(dialog).transform(confirmed);
+  return chosenIn(dialog).transform(withOwnBytes).transform(confirmed);
 }
 
 std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) {
@@ -121,14 +124,14 @@ std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) 
   dialog.setDirectory(QDir::currentPath());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.setDefaultSuffix(QString::fromStdString(extension));
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
   dialog.selectFile(QFile::decodeName(panel.nameFieldStringValue.c_str()));
   while (dialog.exec() == QDialog::Accepted) {
-    const auto chosen = chosenFile(dialog);
+    const auto chosen = chosenIn(dialog);
     if (!chosen) return std::nullopt;
-    // A dialog asks about the name it knows; the one with our extension is ours to ask about.
-    auto named = withExtension(*chosen, extension);
+    // A dialog asks about the name it knows. One with our extension is ours to ask about:
+    // told of it, a desktop's dialog would add it too, and only after asking.
+    auto named = withExtension(withOwnBytes(*chosen), extension);
     if (named == *chosen || !LocalFileManager().fileExists(named) || mayReplace(named))
       return confirmed(named);
   }

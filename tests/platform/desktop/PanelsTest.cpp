@@ -141,6 +141,15 @@ TEST_F(PanelsTest, AnExistingFileIsAskedForUnderTheNameItGets) {
   EXPECT_EQ(runSavePanel(save), folder.url(".tono.m4r"));
 }
 
+TEST_F(PanelsTest, AnExistingFileWhoseNameIsNoUtf8IsAskedFor) {
+  const auto old = folder.write("caf\xE8.m4r", "viejo");
+  const auto asItShows = QStringLiteral("caf%1.m4r").arg(QChar(QChar::ReplacementCharacter));
+  const Person person({accept(asItShows), press(QMessageBox::No), cancel, accept(asItShows),
+                       press(QMessageBox::Yes)});
+  EXPECT_EQ(runSavePanel(save), std::nullopt);
+  EXPECT_EQ(runSavePanel(save), old);
+}
+
 TEST(NameFilter, AudioAdmitsTheUsualSongsInEitherCase) {
   const auto filter = nameFilter({ContentType::audio()});
   for (const char* const extension :
