@@ -138,7 +138,10 @@ class Measurement {
     const auto count = countPackets(*input_, **demuxer, clock, limit);
     if (!count) return std::unexpected(count.error());
     const bool isBroken = plan_.clock == Clock::timestamps && count->leavesOutMost();
-    if (!count->isCountable || count->changes || isBroken) return countFrames();
+    // FLAC's packets tell their lengths themselves, all others' are the container's claim.
+    const bool isClaim = codec_.codec_id != AV_CODEC_ID_FLAC &&
+                         !hasBytesFor(count->counted.packetEnd - count->counted.begin);
+    if (!count->isCountable || count->changes || isBroken || isClaim) return countFrames();
     Extent found = granules_ ? oggExtent(*count, *granules_, byEnds) : plainExtent(*count);
     found.clock = plan_.clock;
     return found;

@@ -90,11 +90,14 @@ TEST_F(Claims, OggWhoseLastPageIsYearsAway) {
 
 TEST_F(Claims, Mp4WhosePacketsLastForDays) {
   for (const char* format : {"AacM4a", "Alac"}) {
-    Bytes bytes = make(format);
-    // The first entry of the table of the packets' lengths.
-    const std::size_t table = lastPlace(bytes, "stts");
-    writeBigEndian(bytes, table + 16, 0x10000000, 4);
-    expectNoMoreThanThereIs(bytes);
+    // The second is not too long for one packet, but for all of them.
+    for (const std::uint64_t length : {0x10000000U, 0x1FFFFFU}) {
+      Bytes bytes = make(format);
+      // The first entry of the table of the packets' lengths.
+      const std::size_t table = lastPlace(bytes, "stts");
+      writeBigEndian(bytes, table + 16, length, 4);
+      expectNoMoreThanThereIs(bytes);
+    }
   }
 }
 
