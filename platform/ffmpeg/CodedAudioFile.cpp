@@ -143,7 +143,7 @@ platform::Result<void> CodedAudioFile::read(platform::AudioPCMBuffer& into,
 
 platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
   frame = std::clamp<std::int64_t>(frame, 0, length());
-  const bool isInBlock = blockBegin_ <= frame && frame < blockEnd_;
+  const bool isInBlock = !ended_ && blockBegin_ <= frame && frame < blockEnd_;
   if (frame != position_ && !isInBlock) {
     if (!source_.seek(extent_.origin + frame)) {
       if (const auto reason = input_->failure()) return std::unexpected(*reason);
