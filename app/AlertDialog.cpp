@@ -50,12 +50,13 @@ void AlertDialog::showMessage(const QString& message) {
     message_->setText(message);
     message_->setFixedHeight(message_->heightForWidth(messageWidth));
     setAccessibleDescription(message);
+    adjustSize();
   }
-  adjustSize();
+  if (isVisible()) return;  // it stays where it was put
   // In the middle of the window; a dialog with a frame would be placed higher.
   const auto* const window = parentWidget()->window();
   move(window->geometry().center() - rect().center());
-  if (!isVisible()) open();
+  open();
 }
 
 void AlertDialog::paintEvent(QPaintEvent*) {
@@ -68,8 +69,8 @@ void AlertDialog::paintEvent(QPaintEvent*) {
 }
 
 void AlertDialog::mousePressEvent(QMouseEvent* event) {
-  // Its ground moves it, as it has no title bar.
-  if (event->button() == Qt::LeftButton) windowHandle()->startSystemMove();
+  // Its ground moves it, as it has no title bar; without a window manager it stays.
+  if (event->button() == Qt::LeftButton) static_cast<void>(windowHandle()->startSystemMove());
 }
 
 }  // namespace quibel

@@ -15,6 +15,7 @@ class AlertDialog : public QDialog {
   explicit AlertDialog(QWidget* parent);
 
   /// Shows `message` as it is, over the whole window, without waiting for the answer.
+  /// While the alert shows, it keeps its place.
   void showMessage(const QString& message);
 
  protected:

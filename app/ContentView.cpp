@@ -100,7 +100,7 @@ void ContentView::refreshAlert() {
   if (!alert_) return;
   if (raised) {
     alert_->showMessage(displayText(editor_->alertText()));
-  } else {
+  } else if (alert_->isVisible()) {
     alert_->close();
   }
 }

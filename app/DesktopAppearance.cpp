@@ -92,8 +92,9 @@ QPalette palette(const Appearance& appearance, const QPalette& light) {
 DesktopAppearance::DesktopAppearance(const QDBusConnection& bus)
     : bus_(bus), light_(QApplication::palette()) {
   if (!isBuiltInPalette(light_)) return;
-  bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-               SLOT(settingChanged(QString)));
+  // Without a bus the appearance is the one that the window began with.
+  static_cast<void>(bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                                 SLOT(settingChanged(QString))));
   ask();
 }
 

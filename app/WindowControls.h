@@ -6,7 +6,7 @@
 
 namespace quibel {
 
-/// One of the window's own buttons: a symbol, on a disc while it is pointed at.
+/// One of the window's own buttons: a symbol on a disc, darker while it is pointed at.
 class WindowControl : public QAbstractButton {
   Q_OBJECT
 

@@ -13,6 +13,10 @@ namespace {
 /// The lowest rate that sound outputs take.
 constexpr double lowestRate = 1'000;
 
+/// Above all that songs are recorded with, DSD among them. The buffers of what claims more
+/// would take gigabytes.
+constexpr double highestSongRate = 12'288'000;
+
 /// A player's face to the main thread.
 class Player final : public platform::AudioPlayer {
  public:
@@ -64,7 +68,8 @@ void AudioOutput::warmUp() { thread_->warmUp(); }
 platform::Result<std::unique_ptr<platform::AudioPlayer>> AudioOutput::makePlayer(
     std::unique_ptr<platform::AudioFile> song) {
   const auto format = song->processingFormat();
-  if (format.channelCount == 0 || !(format.sampleRate >= lowestRate))
+  if (format.channelCount == 0 ||
+      !(format.sampleRate >= lowestRate && format.sampleRate <= highestSongRate))
     return std::unexpected(
         platform::Error("La salida de sonido no admite la frecuencia de este audio."));
   const auto engine =

@@ -88,6 +88,19 @@ TEST_F(Content, TheAlertShowsTheModelsMessageLiterally) {
   EXPECT_EQ(dialog->findChildren<QAbstractButton*>().size(), 1);
 }
 
+TEST_F(Content, TheAlertStaysWhereItIsPutWhileTheWindowGoesOn) {
+  load(90);
+  model->load(platform::FileURL("/falta.mp3"));
+  machine.settle();
+  auto* const dialog = alert();
+  ASSERT_NE(dialog, nullptr);
+  const QPoint place = dialog->pos() + QPoint(40, 30);
+  dialog->move(place);
+  model->startBinding().set(3);
+  turn();
+  EXPECT_EQ(dialog->pos(), place);
+}
+
 TEST_F(Content, DismissingTheAlertLowersItAndKeepsItsText) {
   model->load(platform::FileURL("/falta.mp3"));
   machine.settle();

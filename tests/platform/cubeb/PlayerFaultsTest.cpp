@@ -22,7 +22,8 @@ TEST_F(PlayerFaults, WithoutASoundOutputOpeningFailsWithItsReason) {
 TEST_F(PlayerFaults, ASongThatNoSinkTakesIsRefused) {
   const auto silent = [](std::int64_t, std::uint32_t) { return 0.0F; };
   for (const platform::AudioFormat format :
-       {platform::AudioFormat{999, 2}, platform::AudioFormat{44'100, 0}}) {
+       {platform::AudioFormat{999, 2}, platform::AudioFormat{44'100, 0},
+        platform::AudioFormat{2e9, 64}}) {
     const auto made = audio->makePlayer(std::make_unique<SyntheticSong>(format, 100, silent));
     ASSERT_FALSE(made);
     EXPECT_EQ(made.error().localizedDescription(),
