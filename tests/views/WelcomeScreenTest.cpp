@@ -43,6 +43,13 @@ class Welcome : public EditorFixture {
     return lengths;
   }
 
+  /// Of the border's top line between two columns, how many points have a colour.
+  static int pointsOf(const QColor& colour, const QImage& image, int row) {
+    int found = 0;
+    for (int x = 100; x < 600; ++x) found += alike(image.pixelColor(x, row), colour);
+    return found;
+  }
+
   static void expectDashesOfNine(const std::vector<int>& lengths) {
     ASSERT_GT(lengths.size(), 10U);
     for (const int length : lengths) EXPECT_NEAR(length, 9, 1);
@@ -92,6 +99,8 @@ TEST_F(Welcome, AtRestTheBorderIsAThinFaintDashedLine) {
   const auto picture = image();
   expectDashesOfNine(dashes(picture, 0));
   EXPECT_TRUE(dashes(picture, 1).empty());
+  const auto faint = blended(colors(screen.palette()).secondary, 0.25, picture.pixelColor(300, 30));
+  EXPECT_NEAR(pointsOf(faint, picture, 0), 250, 40);
 }
 
 TEST_F(Welcome, WhileAFileIsDraggedTheBorderIsAThreePointAccentDashedLine) {
@@ -99,10 +108,7 @@ TEST_F(Welcome, WhileAFileIsDraggedTheBorderIsAThreePointAccentDashedLine) {
   const auto picture = image();
   for (const int row : {0, 1, 2}) expectDashesOfNine(dashes(picture, row));
   EXPECT_TRUE(dashes(picture, 3).empty());
-  const auto accent = colors(screen.palette()).accent;
-  int found = 0;
-  for (int x = 100; x < 600; ++x) found += alike(picture.pixelColor(x, 1), accent);
-  EXPECT_NEAR(found, 250, 40);
+  EXPECT_NEAR(pointsOf(colors(screen.palette()).accent, picture, 1), 250, 40);
 }
 
 TEST_F(Welcome, TheBorderReturnsToTheThinOneWhenTheDragIsOver) {
