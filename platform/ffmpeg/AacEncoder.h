@@ -13,8 +13,8 @@ namespace quibel::ffmpeg {
 ///
 /// FFmpeg's encoder makes each block quieter by itself that goes beyond 0.95 of full scale,
 /// and cuts off the tops of tones that go beyond 0.47: noise at -35 dB instead of -50 in a
-/// song that reaches full scale, 3 dB too little in a pure tone. What it writes for two channels has their gains
-/// somewhere inside, for one channel in front.
+/// song that reaches full scale, 3 dB too little in a pure tone. What it writes for two channels
+/// has their gains somewhere inside, for one channel in front.
 class AacEncoder {
  public:
   /// Whether the encoder is there at all.

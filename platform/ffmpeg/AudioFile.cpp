@@ -37,7 +37,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platf
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input) {
   auto demuxer = Demuxer::open(input);
   if (!demuxer) return std::unexpected(demuxer.error());
-  if (std::string_view((*demuxer)->format().iformat->name) == "ogg") {
+  if (!input->isPart() && std::string_view((*demuxer)->format().iformat->name) == "ogg") {
     const auto links = oggLinks(*input);
     if (links.size() > 1) return ChainedAudioFile::open(input, links);
   }

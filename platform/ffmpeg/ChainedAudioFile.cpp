@@ -5,6 +5,7 @@
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "platform/ffmpeg/Errors.h"
+#include "platform/ffmpeg/FileCache.h"
 #include "platform/ffmpeg/PCMBuffer.h"
 
 namespace quibel::ffmpeg {
@@ -17,15 +18,27 @@ RateConverter::Form formOf(const platform::AudioFormat& format) {
   return {static_cast<int>(format.sampleRate), static_cast<int>(format.channelCount)};
 }
 
-}  // namespace
+/// A link, and where it lies among the frames of the whole.
+struct Link {
+  std::int64_t begin = 0;  ///< in bytes
+  std::int64_t end = 0;
+  std::int64_t firstFrame = 0;
+  std::int64_t length = 0;
+};
 
-platform::Result<std::unique_ptr<platform::AudioFile>> ChainedAudioFile::open(
-    const std::shared_ptr<Input>& input, const std::vector<std::int64_t>& begins) {
-  std::unique_ptr<ChainedAudioFile> file(new ChainedAudioFile);
+struct Chain {
+  platform::AudioFormat format;
+  std::vector<Link> links;
+  std::int64_t length = 0;
+};
+
+/// Opens every link to find out how long it is.
+platform::Result<Chain> measure(const Input& input, const std::vector<std::int64_t>& begins) {
+  Chain chain;
   platform::Error reason = makeError(Failure::damaged);
   for (std::size_t i = 0; i < begins.size(); ++i) {
-    const std::int64_t end = i + 1 < begins.size() ? begins[i + 1] : input->size();
-    const auto part = input->part(begins[i], end);
+    const std::int64_t end = i + 1 < begins.size() ? begins[i + 1] : input.size();
+    const auto part = input.part(begins[i], end);
     const auto song = openAudioFile(part);
     if (!song) {
       if (const auto failure = part->failure()) return std::unexpected(*failure);
@@ -33,14 +46,34 @@ platform::Result<std::unique_ptr<platform::AudioFile>> ChainedAudioFile::open(
       continue;
     }
     const platform::AudioFormat format = (*song)->processingFormat();
-    if (file->sections_.empty()) file->format_ = format;
+    if (chain.links.empty()) chain.format = format;
     const std::int64_t length =
-        av_rescale((*song)->length(), static_cast<std::int64_t>(file->format_.sampleRate),
+        av_rescale((*song)->length(), static_cast<std::int64_t>(chain.format.sampleRate),
                    static_cast<std::int64_t>(format.sampleRate));
-    file->sections_.push_back({part, file->length_, length});
-    file->length_ += length;
+    chain.links.push_back({begins[i], end, chain.length, length});
+    chain.length += length;
   }
-  if (file->sections_.empty()) return std::unexpected(reason);
+  if (chain.links.empty()) return std::unexpected(reason);
+  return chain;
+}
+
+}  // namespace
+
+platform::Result<std::unique_ptr<platform::AudioFile>> ChainedAudioFile::open(
+    const std::shared_ptr<Input>& input, const std::vector<std::int64_t>& begins) {
+  static FileCache<Chain> cache;
+  auto chain = cache.find(input->identity());
+  if (!chain) {
+    auto measured = measure(*input, begins);
+    if (!measured) return std::unexpected(measured.error());
+    cache.store(input->identity(), *measured);
+    chain = *std::move(measured);
+  }
+  std::unique_ptr<ChainedAudioFile> file(new ChainedAudioFile);
+  file->format_ = chain->format;
+  file->length_ = chain->length;
+  for (const Link& link : chain->links)
+    file->sections_.push_back({input->part(link.begin, link.end), link.firstFrame, link.length});
   if (auto entered = file->enter(0); !entered) return std::unexpected(entered.error());
   return file;
 }

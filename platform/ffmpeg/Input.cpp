@@ -32,11 +32,11 @@ platform::Result<std::shared_ptr<Input>> Input::open(const platform::FileURL& ur
   if (S_ISDIR(status.st_mode)) return std::unexpected(makeError(Failure::folder));
   if (!S_ISREG(status.st_mode)) return std::unexpected(makeError(Failure::notRegular));
   if (status.st_size == 0) return std::unexpected(makeError(Failure::emptyFile));
-  const FileIdentity identity{
-      .device = status.st_dev,
-      .inode = status.st_ino,
-      .size = status.st_size,
-      .modified = status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+  const FileIdentity identity{.device = status.st_dev,
+                              .inode = status.st_ino,
+                              .size = status.st_size,
+                              .modified = status.st_mtim.tv_sec,
+                              .fraction = status.st_mtim.tv_nsec};
   return std::shared_ptr<Input>(
       new Input(std::move(descriptor), identity, status.st_size, std::move(stop)));
 }

@@ -20,7 +20,8 @@ struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;
   std::int64_t size = 0;
-  std::int64_t modified = 0;  ///< nanoseconds
+  std::int64_t modified = 0;  ///< seconds
+  std::int64_t fraction = 0;  ///< of a second, in nanoseconds
   std::int64_t begin = 0;     ///< of the part of it that is looked at, in bytes
 
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
@@ -44,6 +45,7 @@ class Input {
   /// The size when it was opened, in bytes.
   std::int64_t size() const { return identity_.size; }
   const FileIdentity& identity() const { return identity_; }
+  bool isPart() const { return identity_.size != fileSize_; }
   bool stopRequested() const { return stop_.stop_requested(); }
 
   /// Reads from a byte position until `into` is full or the file ends. The

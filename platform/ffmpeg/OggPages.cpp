@@ -65,7 +65,8 @@ std::optional<Page> pageAt(Input& input, std::int64_t position) {
 
 // The first page at or behind a position, where damage took away others.
 std::optional<std::int64_t> findPage(Input& input, std::int64_t position) {
-  std::vector<std::uint8_t> block(static_cast<std::size_t>(largestPage));
+  // Mostly it is near, and there may be one gap behind the other.
+  std::vector<std::uint8_t> block(512);
   while (position < input.size()) {
     const int count = input.readAt(position, block);
     if (count < headerSize) return std::nullopt;
@@ -74,7 +75,8 @@ std::optional<std::int64_t> findPage(Input& input, std::int64_t position) {
       if (parsePage(data.subspan(i))) return position + static_cast<std::int64_t>(i);
     }
     if (data.size() < block.size()) return std::nullopt;
-    position += largestPage - headerSize;
+    position += std::ssize(block) - headerSize;
+    block.resize(std::min(2 * block.size(), static_cast<std::size_t>(largestPage)));
   }
   return std::nullopt;
 }

@@ -238,6 +238,17 @@ TEST_F(ExportTest, FailureToCopyIsReportedWithoutReveal) {
               testing::Not(testing::Contains(testing::StartsWith("reveal"))));
 }
 
+TEST_F(ExportTest, FailuresAreReportedThenTheTemporaryFileIsRemoved) {
+  startExport();
+  Recorder recorder(*model, machine.journal);
+  recorder.restart();
+  finish(ExportStatus::failed);
+  EXPECT_THAT(recorder.events(),
+              ElementsAre("unchanged", "isExporting = false",
+                          "alertText = No se ha podido crear el tono. Error desconocido",
+                          "showAlert = true", "unchanged", std::string("remove ") + temporary));
+}
+
 TEST_F(ExportTest, FailureIsReportedWithTheSessionsErrorText) {
   startExport();
   finish(ExportStatus::failed, platform::Error("El disco está lleno."));

@@ -20,6 +20,8 @@ namespace {
 // From this byte of any file on, the disk is broken.
 std::atomic<std::int64_t> brokenFrom = std::numeric_limits<std::int64_t>::max();
 
+std::atomic<int> reads = 0;
+
 }  // namespace
 
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's
@@ -27,6 +29,7 @@ std::atomic<std::int64_t> brokenFrom = std::numeric_limits<std::int64_t>::max();
 extern "C" ssize_t pread(int fd, void* bytes, std::size_t count, off_t from) {
   static auto* const real =
       quibel::test::original<ssize_t(int, void*, std::size_t, off_t)>("pread");
+  ++reads;
   const auto whole = brokenFrom - from;
   if (whole <= 0) {
     errno = EIO;
@@ -78,6 +81,25 @@ TEST_P(BreakingDisk, IsAReadErrorOfASongThatIsOpen) {
   ASSERT_FALSE(result);
   EXPECT_EQ(result.error().localizedDescription(), readError);
   EXPECT_LT(song->framePosition(), song->length() * 3 / 4);
+}
+
+TEST(KnownChain, IsOpenedAgainWithoutLookingAtItsLinks) {
+  const TemporaryDirectory directory;
+  const auto link = directory.path() / "link.ogg";
+  const auto chain = directory.path() / "chain.ogg";
+  writeWav(directory.path() / "s.wav", song(44'100, 2, 44'100));
+  run({"oggenc", "-Q", "-o", link.string(), (directory.path() / "s.wav").string()});
+  const auto once = readBytes(link);
+  std::vector<std::uint8_t> bytes;
+  for (int links = 0; links < 12; ++links) bytes.insert(bytes.end(), once.begin(), once.end());
+  writeBytes(chain, bytes);
+  const auto readsToOpen = [&] {
+    const auto before = reads.load();
+    EXPECT_EQ(openSong(chain)->length(), 12 * 44'100);
+    return reads - before;
+  };
+  const auto first = readsToOpen();
+  EXPECT_LT(readsToOpen(), first / 4);
 }
 
 std::vector<SongFormat> losslessFormats() {
