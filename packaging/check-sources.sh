@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check-sources.sh BUILD-FOLDER: holds the sources to .clang-format and
-# .clang-tidy.
+# check-sources.sh BUILD-FOLDER: holds the sources to .clang-format, and those that
+# the folder compiles to .clang-tidy.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1

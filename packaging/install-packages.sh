@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by ./run and ./test: the Debian packages that they stand on.
+# Sourced by every script that needs Debian packages.
 
 # install_packages GROUP…: installs what is missing of those groups of the list
 # beside this file, saying which, as root or through sudo. Touches neither the

@@ -3,7 +3,7 @@
 namespace quibel::platform {
 
 /// Plays one song through the sound output. Main thread only; no call waits
-/// for the sound server. Destroying it ends the sound.
+/// for the sound server, only opening one does. Destroying it ends the sound.
 class AudioPlayer {
  public:
   AudioPlayer() = default;

@@ -54,7 +54,8 @@ class Platform {
   virtual Result<std::unique_ptr<AudioFile>> openAudioFile(const FileURL& url) = 0;
 
   /// Opens a song for playing. Fails where it cannot be decoded or where there
-  /// is no sound output.
+  /// is no sound output. Waits for the sound server, 1.5 s at the most, and for
+  /// what it takes to measure the song unless that was done before.
   virtual Result<std::unique_ptr<AudioPlayer>> openAudioPlayer(const FileURL& url) = 0;
 
   /// Null where the song cannot be converted to AAC.

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QStringList>
+#include <QSysInfo>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -11,6 +12,12 @@ namespace quibel::desktop {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// Programs that drag files name the machine in one of three ways (RFC 8089, 2).
+bool isThisMachine(const QString& host) {
+  return host.isEmpty() || host == QLatin1String("localhost") ||
+         host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0;
+}
 
 /// The one entry of `folder` that Qt shows as `name`, or the name as it is.
 std::string entryShownAs(const fs::path& folder, const QString& name) {
@@ -32,7 +39,7 @@ std::string entryShownAs(const fs::path& folder, const QString& name) {
 
 std::optional<platform::FileURL> fileURL(const QUrl& url) {
   if (!url.isLocalFile()) return std::nullopt;
-  if (!url.host().isEmpty() && url.host() != QLatin1String("localhost")) return std::nullopt;
+  if (!isThisMachine(url.host())) return std::nullopt;
   // Not through a QString path: QUrl keeps percent codes that are no UTF-8, a
   // decoded QString could not.
   const auto bytes = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());

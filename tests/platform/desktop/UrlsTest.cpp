@@ -1,4 +1,5 @@
 #include <QMimeData>
+#include <QSysInfo>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -34,6 +35,12 @@ INSTANTIATE_TEST_SUITE_P(Names, EveryName,
 
 TEST(Urls, AURIIsPercentEncodedByteByByte) {
   EXPECT_EQ(fileURI(FileURL("/a b/ñ\xFF%#.mp3")), "file:///a%20b/%C3%B1%FF%25%23.mp3");
+}
+
+TEST(Urls, AFileOfThisMachineMayNameIt) {
+  QUrl url(QStringLiteral("file:///a.mp3"));
+  url.setHost(QSysInfo::machineHostName());
+  EXPECT_EQ(fileURL(url), FileURL("/a.mp3"));
 }
 
 TEST(Urls, OnlyLocalFilesAreFiles) {
