@@ -4,22 +4,21 @@
 #include <vector>
 
 #include "platform/Error.h"
+#include "platform/ffmpeg/AacChannel.h"
 #include "platform/ffmpeg/Pointers.h"
 
 namespace quibel::ffmpeg {
 
-/// Encodes planar floats as AAC-LC, however loud they are: each channel by an encoder of its
-/// own that gets it four times too quiet, with the gain put right in what it writes.
+/// Encodes planar floats as AAC-LC, however loud they are: each channel by an encoder and on
+/// a thread of its own that gets it four times too quiet, with the gain put right in what it
+/// writes.
 ///
 /// FFmpeg's encoder makes each block quieter by itself that goes beyond 0.95 of full scale,
 /// and cuts off the tops of tones that go beyond 0.47: noise at -35 dB instead of -50 in a
-/// song that reaches full scale, 3 dB too little in a pure tone. What it writes for two channels
-/// has their gains somewhere inside, for one channel in front.
+/// song that reaches full scale, 3 dB too little in a pure tone. What it writes for two
+/// channels has their gains somewhere inside, for one channel in front.
 class AacEncoder {
  public:
-  /// Whether the encoder is there at all.
-  static bool isAvailable();
-
   /// For one channel or two.
   static platform::Result<AacEncoder> open(int rate, int channels);
 
@@ -30,33 +29,20 @@ class AacEncoder {
   using Accept = std::function<platform::Result<void>(AVPacket&)>;
 
   /// Encodes frames of planar floats, any number at a time, to the song's end.
-  /// `accept` takes each packet that results, and may refuse it with an error.
-  /// Throws std::bad_alloc.
+  /// `accept` takes each packet that results, on this thread, and may refuse it with an
+  /// error. Throws std::bad_alloc.
   platform::Result<void> encode(const float* const* samples, int frames, const Accept& accept);
 
   /// Encodes what is still inside; no more may follow.
   platform::Result<void> finish(const Accept& accept);
 
  private:
-  struct Channel {
-    explicit Channel(CodecPointer encoder);
+  explicit AacEncoder(std::vector<AacChannel> channels) : channels_(std::move(channels)) {}
 
-    CodecPointer codec;
-    FramePointer block;  ///< being filled: the encoder takes blocks of one size
-    PacketPointer packet;
-  };
+  using Step = std::function<platform::Result<AacChannel::Packets>(std::size_t channel)>;
+  platform::Result<void> run(const Step& step, const Accept& accept);
 
-  explicit AacEncoder(std::vector<Channel> channels);
-
-  void beginBlock();
-  platform::Result<void> send(bool atEnd, const Accept& accept);
-  platform::Result<bool> receive();
-  platform::Result<void> join();
-
-  std::vector<Channel> channels_;
-  PacketPointer joined_;
-  int filled_ = 0;  ///< frames of the block
-  std::int64_t position_ = 0;
+  std::vector<AacChannel> channels_;
 };
 
 }  // namespace quibel::ffmpeg

@@ -9,7 +9,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/ffmpeg/AacEncoder.h"
+#include "platform/ffmpeg/AacChannel.h"
 #include "platform/ffmpeg/AudioFile.h"
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/Exporter.h"
@@ -134,7 +134,7 @@ bool openSong(Job& job, const platform::FileURL& url) try {
 
 std::shared_ptr<platform::ExportSession> makeExportSession(const platform::FileURL& url,
                                                            std::stop_token stop) {
-  if (!AacEncoder::isAvailable()) return nullptr;
+  if (!AacChannel::isAvailable()) return nullptr;
   auto job = std::make_shared<Job>(std::move(stop));
   if (!openSong(*job, url)) return nullptr;
   return std::make_shared<Session>(std::move(job));

@@ -1,3 +1,5 @@
+#include <atomic>
+
 #include "platform/ffmpeg/Pointers.h"
 #include "tests/export/Workshop.h"
 #include "tests/support/SystemCall.h"
@@ -7,12 +9,13 @@ namespace {
 
 using quibel::test::original;
 
-int callsUntilFailure = 0;  // 0: none fails
+std::atomic<int> callsUntilFailure = 0;  // 0: none fails
 
 bool failsNow() {
-  if (callsUntilFailure == 0) return false;
-  --callsUntilFailure;
-  return callsUntilFailure == 0;
+  int left = callsUntilFailure;
+  while (left > 0 && !callsUntilFailure.compare_exchange_weak(left, left - 1)) {
+  }
+  return left == 1;
 }
 
 }  // namespace
