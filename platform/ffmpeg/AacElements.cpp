@@ -18,7 +18,7 @@ constexpr std::size_t gainBits = 8;
 constexpr int greatestGain = 255;
 
 unsigned bitAt(std::span<const std::uint8_t> bytes, std::size_t at) {
-  return bytes[at / 8] >> (7 - at % 8) & 1U;
+  return unsigned{bytes[at / 8]} >> (7 - at % 8) & 1U;
 }
 
 class BitWriter {
