@@ -19,6 +19,7 @@
 
 #include "benchmarks/LoopRecording.h"
 #include "benchmarks/Measuring.h"
+#include "benchmarks/Standstills.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/cubeb/PulseServer.h"
 #include "tests/support/TestAudio.h"
@@ -107,6 +108,8 @@ void printCost(const std::string& song) {
 
 void printLongRun(const std::string& song, const std::string& other, double seconds) {
   const LoopRecording recording(rate, start);
+  // As long as the sound server has sound for.
+  const Standstills standstills(std::chrono::milliseconds(40));
   Window window({song, other});
   const Report first = window.next();
   Report settled = first;
@@ -144,6 +147,11 @@ void printLongRun(const std::string& song, const std::string& other, double seco
   print("holes                %lld, %.1f ms in all, %.1f ms the longest; stray frames: %lld\n",
         static_cast<long long>(totals.holes), milliseconds(totals.holeFrames),
         milliseconds(totals.longestHole), static_cast<long long>(totals.strays));
+  const auto still = standstills.totals();
+  print(
+      "  of the machine     %d times it did nothing for 40 ms and more, %.1f ms in all, "
+      "%.1f ms the longest\n",
+      still.count, still.seconds * 1e3, still.longest * 1e3);
   print("playhead - recording %.1f ms (median; 1st to 99th percentile %.1f … %.1f)\n",
         part(all, 0.5), part(all, 0.01), part(all, 0.99));
   print("  drift              %+.1f ms (median of the last tenth less that of the first)\n",
