@@ -2,13 +2,14 @@
 
 #include <bit>
 #include <cstddef>
+#include <utility>
 
 namespace quibel::ffmpeg {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Table 4.85, with three bits each.
+// The elements' names (id_syn_ele), with three bits each.
 constexpr unsigned singleChannel = 0;
 constexpr unsigned pair = 1;
 constexpr unsigned end = 7;

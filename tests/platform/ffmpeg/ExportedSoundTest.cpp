@@ -51,6 +51,22 @@ TEST_F(Export, PureTonesKeepTheirLevelHoweverLoud) {
   }
 }
 
+TEST_F(Export, ASilentChannelStaysSilentBesideALoudOne) {
+  Sound source = sine(44'100, 2, 44'100, 440, 0.9F);
+  for (const std::size_t silent : {1U, 0U}) {  // and then both
+    std::ranges::fill(source.channels[silent], 0.0F);
+    const Sound tone = readAll(exported(wav(source), 0, 1));
+    for (std::size_t channel = 0; channel < 2; ++channel) {
+      const bool isSilent = std::ranges::count(source.channels[channel], 0.0F) == 44'100;
+      const double heard = level(tone.channels[channel], 4'096, 40'000);
+      if (isSilent)
+        EXPECT_LT(heard, -100) << channel;
+      else
+        EXPECT_NEAR(heard, 20 * std::log10(0.9 / std::sqrt(2)), 0.05) << channel;
+    }
+  }
+}
+
 TEST_F(Export, NothingFromBeforeOrBehindTheFragmentIsHeard) {
   // Loud everywhere but in the fragment.
   Sound source = noise(44'100, 1, std::size_t{5} * 44'100, 3, 0.9F);
