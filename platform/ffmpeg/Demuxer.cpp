@@ -112,14 +112,12 @@ Demuxer::Status Demuxer::read(AVPacket& packet) {
   while (true) {
     av_packet_unref(&packet);
     const int code = av_read_frame(format_.get(), &packet);
-    if (code == AVERROR_EOF) return Status::end;
     if (code == AVERROR(EAGAIN)) continue;
     if (code == AVERROR_EXIT || code == AVERROR(ENOMEM)) return Status::error;
-    // What a demuxer cannot make sense of is the end of what it can deliver;
-    // an input that failed says so itself.
+    // What a demuxer cannot make sense of is the end of what it can deliver. It may take
+    // a failed read for the end too, so that is asked of the input itself.
     if (code < 0)
-      return format_->pb->error < 0 && format_->pb->error != AVERROR_EOF ? Status::error
-                                                                         : Status::end;
+      return input_->hasReadError() || input_->stopRequested() ? Status::error : Status::end;
     if (packet.stream_index == stream_->index) return Status::packet;
   }
 }

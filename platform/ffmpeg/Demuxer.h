@@ -36,8 +36,9 @@ class Demuxer {
   const AVFormatContext& format() const { return *format_; }
 
  private:
-  explicit Demuxer(const std::shared_ptr<Input>& input) : io_(input) {}
+  explicit Demuxer(const std::shared_ptr<Input>& input) : input_(input), io_(input) {}
 
+  std::shared_ptr<const Input> input_;
   InputStream io_;
   InputFormatPointer format_;
   AVStream* stream_ = nullptr;

@@ -52,6 +52,9 @@ class Input {
   /// number of bytes, or a negative code of FFmpeg, which failure() then explains.
   int readAt(std::int64_t position, std::span<std::uint8_t> into);
 
+  /// Whether a read has failed, for good or not.
+  bool hasReadError() const { return errorNumber_ != 0; }
+
   /// Why reading failed or ended early: an I/O error, a stop request, or a file
   /// shorter than it was. Nothing if all is well.
   std::optional<platform::Error> failure() const;

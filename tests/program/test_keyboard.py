@@ -55,7 +55,7 @@ class Keyboard(Scenario):
 
     def answer(self, title, path):
         self.quibel.wait_for("dialog", title)
-        wait_until(lambda: self.focused() == "Nombre de fichero:", "the name to be asked for")
+        wait_until(lambda: self.quibel.wait_for("text").focused, "the name to be asked for")
         self.keys("ctrl+a")
         self.quibel.pointer.write(str(path))
         wait_until(lambda: self.quibel.proposed_name() == str(path), "the name to be written")
