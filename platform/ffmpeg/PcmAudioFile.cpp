@@ -74,6 +74,8 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
       if (!tail) return std::unexpected(tail.error());
       end = std::max(end, tail->end);
     }
+    // The way to the last packet may lead over what cannot be read.
+    if (input->hasReadError()) return std::unexpected(failureOf(*input));
     file->length_ = (std::min(end, input->size()) - head->begin) / file->frameSize_;
     // The demuxer of AU takes what follows the samples for more of them.
     if (name == "au" && stream.duration > 0) {
