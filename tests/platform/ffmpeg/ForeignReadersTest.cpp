@@ -77,20 +77,19 @@ class ForeignReader : public Export, public testing::WithParamInterface<Reader> 
 TEST_P(ForeignReader, HearsTheSongFromTheStartAtItsLevel) {
   struct Form {
     int rate, channels, toRate;
-    bool operator==(const Form&) const = default;
   };
-  const Form usual{44'100, 2, 44'100};
   for (const Form& form :
-       {usual, Form{44'100, 1, 44'100}, Form{48'000, 2, 48'000}, Form{8'000, 1, 48'000},
-        Form{11'025, 2, 44'100}, Form{22'050, 1, 44'100}, Form{32'000, 2, 48'000},
-        Form{88'200, 2, 44'100}, Form{96'000, 2, 48'000}, Form{192'000, 1, 48'000},
-        Form{48'000, 6, 48'000}, Form{44'100, 3, 44'100}, Form{44'100, 8, 44'100}}) {
+       {Form{44'100, 2, 44'100}, Form{44'100, 1, 44'100}, Form{48'000, 2, 48'000},
+        Form{8'000, 1, 48'000}, Form{11'025, 2, 44'100}, Form{22'050, 1, 44'100},
+        Form{32'000, 2, 48'000}, Form{88'200, 2, 44'100}, Form{96'000, 2, 48'000},
+        Form{192'000, 1, 48'000}, Form{48'000, 6, 48'000}, Form{44'100, 3, 44'100},
+        Form{44'100, 8, 44'100}}) {
     // A rising tone, which coders keep whole and no two places of which are alike.
     const int least = std::min(form.rate, form.toRate);
     writeWav(file("rising.wav"), sweep(least, form.channels, std::size_t{5} * unsigned(least)));
     const auto path = converted(file("rising.wav"), form.rate, file("song.wav"));
     const Sound source = readAll(converted(path, form.toRate, file("converted.wav")));
-    for (const double start : form == usual ? std::vector{0.0, 2.5, 4.5} : std::vector{2.5}) {
+    for (const double start : {0.0, 2.5, 4.5}) {
       SCOPED_TRACE(std::to_string(form.rate) + " Hz, " + std::to_string(form.channels) +
                    " channels, from " + std::to_string(start));
       const double seconds = std::min(2.0, 5 - start);
