@@ -40,7 +40,7 @@ class Sink {
   Sink(const Sink&) = delete;
   Sink& operator=(const Sink&) = delete;
 
-  /// Ends the sound, what is queued with it. The source is not called any more
+  /// Ends the sound, along with what is queued. The source is not called any more
   /// once this returns.
   virtual ~Sink() = default;
 
