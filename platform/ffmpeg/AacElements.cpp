@@ -1,5 +1,6 @@
 #include "platform/ffmpeg/AacElements.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <utility>
@@ -18,31 +19,40 @@ constexpr std::size_t tagBits = 4;  // tells elements of one kind apart
 constexpr std::size_t gainBits = 8;
 constexpr int greatestGain = 255;
 
-unsigned bitAt(std::span<const std::uint8_t> bytes, std::size_t at) {
-  return unsigned{bytes[at / 8]} >> (7 - at % 8) & 1U;
+/// Up to eight bits from bit `at` on.
+unsigned bitsAt(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t bits) {
+  const std::size_t byte = at / 8;
+  const unsigned next = byte + 1 < bytes.size() ? bytes[byte + 1] : 0U;
+  const unsigned both = unsigned{bytes[byte]} << 8U | next;
+  return both >> (16 - at % 8 - bits) & ((1U << bits) - 1U);
 }
 
 class BitWriter {
  public:
+  /// At most eight bits.
   void put(unsigned value, std::size_t bits) {
-    while (bits-- > 0) putBit(value >> bits & 1U);
+    pending_ = pending_ << bits | value;
+    count_ += bits;
+    if (count_ < 8) return;
+    count_ -= 8;
+    bytes_.push_back(static_cast<std::uint8_t>(pending_ >> count_ & 0xFFU));
   }
   void put(std::span<const std::uint8_t> bytes, std::size_t from, std::size_t to) {
-    for (; from < to; ++from) putBit(bitAt(bytes, from));
+    for (; from < to; from += 8) {
+      const std::size_t count = std::min<std::size_t>(8, to - from);
+      put(bitsAt(bytes, from, count), count);
+    }
   }
-  Bytes take() { return std::move(bytes_); }
+  /// All of them, with zeros to the whole byte.
+  Bytes take() {
+    if (count_ > 0) put(0, 8 - count_);
+    return std::move(bytes_);
+  }
 
  private:
-  void putBit(unsigned bit) {
-    if (free_ == 0) {
-      bytes_.push_back(0);
-      free_ = 8;
-    }
-    bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | bit << --free_);
-  }
-
   Bytes bytes_;
-  unsigned free_ = 0;  // bits of the last byte
+  unsigned pending_ = 0;  // its last bits, `count_` of them, are still to be written
+  std::size_t count_ = 0;
 };
 
 /// A channel in its block: its gain, and where what follows that lies.
@@ -60,13 +70,9 @@ Channel channelIn(std::span<const std::uint8_t> block) {
   const auto bits = block.size() * 8 - static_cast<std::size_t>(std::countr_zero(block.back()));
   if (bits < gainBegin + gainBits + idBits) return {};
 
-  const auto number = [&](std::size_t from, std::size_t count) {
-    unsigned value = 0;
-    for (std::size_t at = from; at < from + count; ++at) value = value << 1U | bitAt(block, at);
-    return value;
-  };
-  if (number(0, idBits) != singleChannel || number(bits - idBits, idBits) != end) return {};
-  return {.gain = static_cast<int>(number(gainBegin, gainBits)),
+  if (bitsAt(block, 0, idBits) != singleChannel || bitsAt(block, bits - idBits, idBits) != end)
+    return {};
+  return {.gain = static_cast<int>(bitsAt(block, gainBegin, gainBits)),
           .begin = gainBegin + gainBits,
           .end = bits - idBits};
 }
