@@ -21,7 +21,6 @@ platform::Result<Decoder> Decoder::open(const AVCodecParameters& parameters, int
   CodecPointer codec(avcodec_alloc_context3(kind));
   if (!codec || avcodec_parameters_to_context(codec.get(), &parameters) < 0) throw std::bad_alloc();
   codec->pkt_timebase = {1, sampleRate};
-  codec->request_sample_fmt = AV_SAMPLE_FMT_FLTP;
   codec->max_samples = maximumFramesPerPacket;
   if (!trims) codec->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
   codec->thread_count = 1;
