@@ -1,6 +1,5 @@
 // The most memory that loading takes, for songs of ten seconds and of ten hours, each
-// in a process of its own. The buffer of one bucket of the envelope, which grows with
-// the song, is shown beside it.
+// in a process of its own.
 
 #include <cstdlib>
 #include <fstream>
@@ -86,13 +85,11 @@ void run() {
              "-i", file("short.mp3"), "-c", "copy", file("long.mp3")});
 
   print("Peak of resident memory, in MiB.\n\n");
-  print("%-6s %10s %10s %12s %18s\n", "file", "10 s", "10 h", "difference", "buffers of bucket");
-  constexpr double buffers = static_cast<double>(longSong - shortSong) * rate / buckets * 2 * 4;
+  print("%-6s %10s %10s %12s\n", "file", "10 s", "10 h", "difference");
   for (const char* extension : {".wav", ".flac", ".mp3"}) {
     const double ten = mebibytes(peakOfLoading(file(std::string("short") + extension)));
     const double hours = mebibytes(peakOfLoading(file(std::string("long") + extension)));
-    print("%-6s %10.1f %10.1f %12.1f %18.1f\n", extension + 1, ten, hours, hours - ten,
-          mebibytes(buffers));
+    print("%-6s %10.1f %10.1f %12.1f\n", extension + 1, ten, hours, hours - ten);
   }
 }
 

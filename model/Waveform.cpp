@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <future>
-#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -21,6 +20,11 @@ namespace {
 
 /// Buckets are not made smaller than this, however short the song.
 constexpr std::int64_t minimumFramesPerBucket = 256;
+
+/// So many frames are read at a time, and fewer for a smaller bucket: few enough to stay
+/// in the cache of the processor, and for a long song to take no more memory than a
+/// short one.
+constexpr std::int64_t largestPiece = 16'384;
 
 /// Songs of fewer frames are not shared between two readers: they take 20 ms at most.
 constexpr std::int64_t shortestShared = 1'000'000;
@@ -56,30 +60,55 @@ float peakOf(const platform::AudioPCMBuffer& buffer, std::size_t channels) {
   return std::min(1.0F, peak);
 }
 
+/// Reads a song from where it stands, bucket by bucket.
+class BucketReader {
+ public:
+  BucketReader(platform::AudioFile& file, std::int64_t framesPerBucket)
+      : file_(file),
+        channels_(file.processingFormat().channelCount),
+        framesPerBucket_(framesPerBucket),
+        piece_(std::min(framesPerBucket, largestPiece)),
+        buffer_(file.makeBuffer(static_cast<std::uint32_t>(piece_))) {}
+
+  bool hasBuffer() const { return buffer_ != nullptr; }
+
+  /// The next bucket's peak; nothing where the song has no more to read.
+  platform::Result<std::optional<float>> next() {
+    std::optional<float> peak;
+    for (std::int64_t left = framesPerBucket_; left > 0 && file_.framePosition() < file_.length();
+         left -= buffer_->frameLength()) {
+      const auto wanted = static_cast<std::uint32_t>(std::min(piece_, left));
+      buffer_->setFrameLength(0);
+      if (auto read = file_.read(*buffer_, wanted); !read)
+        return std::unexpected(std::move(read).error());
+      if (buffer_->frameLength() == 0 || !buffer_->floatChannelData()) break;
+      peak = std::max(peak.value_or(0), peakOf(*buffer_, channels_));
+      if (buffer_->frameLength() < wanted) break;
+    }
+    return peak;
+  }
+
+ private:
+  platform::AudioFile& file_;
+  std::size_t channels_;
+  std::int64_t framesPerBucket_;
+  std::int64_t piece_;
+  std::unique_ptr<platform::AudioPCMBuffer> buffer_;
+};
+
 using Peaks = std::vector<double>;
 
-/// The peaks of the buckets from frame `begin` to the end, read in pieces so small that
-/// a long song's buckets take no memory twice. Nothing where it cannot read them all.
+/// The peaks of the buckets from frame `begin` to the end. Nothing where it cannot read
+/// them all.
 std::optional<Peaks> peaksFrom(platform::AudioFile& file, std::int64_t begin,
                                std::int64_t framesPerBucket, const std::stop_token& stop) try {
-  constexpr std::int64_t largestPiece = 16'384;
-  const std::size_t channels = file.processingFormat().channelCount;
-  const std::int64_t piece = std::min(framesPerBucket, largestPiece);
-  const auto buffer = file.makeBuffer(static_cast<std::uint32_t>(piece));
-  if (!buffer || !buffer->floatChannelData() || !file.seek(begin)) return std::nullopt;
+  BucketReader reader(file, framesPerBucket);
+  if (!reader.hasBuffer() || !file.seek(begin)) return std::nullopt;
   Peaks peaks;
   while (file.framePosition() < file.length()) {
-    const std::int64_t end = std::min(file.length(), file.framePosition() + framesPerBucket);
-    float peak = 0;
-    while (file.framePosition() < end) {
-      const std::int64_t count = std::min(piece, end - file.framePosition());
-      buffer->setFrameLength(0);
-      if (stop.stop_requested() || !file.read(*buffer, static_cast<std::uint32_t>(count)) ||
-          buffer->frameLength() == 0)
-        return std::nullopt;
-      peak = std::max(peak, peakOf(*buffer, channels));
-    }
-    peaks.push_back(peak);
+    const auto peak = reader.next();
+    if (stop.stop_requested() || !peak || !*peak) return std::nullopt;
+    peaks.push_back(**peak);
   }
   return peaks;
 } catch (const std::bad_alloc&) {
@@ -127,14 +156,9 @@ void normalise(std::vector<double>& values) {
 std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file, int count) {
   assert(count > 0);
   const std::int64_t total = file.length();
-  const std::size_t channels = file.processingFormat().channelCount;
   const std::int64_t framesPerBucket = std::max(minimumFramesPerBucket, total / count);
-  if (framesPerBucket > std::numeric_limits<std::uint32_t>::max())
-    return std::unexpected(AudioError::invalid);
-
-  const auto capacity = static_cast<std::uint32_t>(framesPerBucket);
-  const auto buffer = file.makeBuffer(capacity);
-  if (!buffer) return std::unexpected(AudioError::invalid);
+  BucketReader reader(file, framesPerBucket);
+  if (!reader.hasBuffer()) return std::unexpected(AudioError::invalid);
 
   const std::int64_t half = total / 2 / framesPerBucket * framesPerBucket;
   Latter latter(total < shortestShared ? nullptr : file.anotherReader(), half, framesPerBucket);
@@ -146,11 +170,10 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
         break;
       }
     }
-    buffer->setFrameLength(0);
-    if (auto read = file.read(*buffer, capacity); !read)
-      return std::unexpected(std::move(read).error());
-    if (buffer->frameLength() == 0 || !buffer->floatChannelData()) break;
-    values.push_back(peakOf(*buffer, channels));
+    auto peak = reader.next();
+    if (!peak) return std::unexpected(std::move(peak).error());
+    if (!*peak) break;
+    values.push_back(**peak);
   }
   normalise(values);
   return values;

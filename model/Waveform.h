@@ -16,7 +16,8 @@ namespace quibel {
 ///
 /// `file` stands at its first frame and is left somewhere. `count` is greater than 0.
 /// Any thread; the latter half of a long song is read in another one, if the file has
-/// another reader. Memory is one bucket; the file is decoded once.
+/// another reader. The file is decoded once, through a buffer that holds one bucket, or
+/// 16,384 frames of a larger one.
 ///
 /// Fails with AudioError::invalid where there is no buffer to decode into, and
 /// with the platform's error where a read fails.

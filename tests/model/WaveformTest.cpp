@@ -112,6 +112,25 @@ TEST(WaveformTest, PeakIsFoundAtEveryPlaceOfABucket) {
   }
 }
 
+TEST(WaveformTest, LargeBucketIsReadInPieces) {
+  fake::Song song{.channels = {frames(250'000, 0.1F)}};
+  song.channels[0][30'000] = 0.2F;   // first of two buckets, second piece
+  song.channels[0][249'999] = 0.4F;  // second bucket, last piece
+  std::vector<std::uint32_t> sizes;
+  EXPECT_THAT(waveform(*fake::openSong(song, &sizes), 2).value(),
+              ElementsAre(testing::DoubleNear(0.5, 1e-6), 1.0));
+  const std::vector<std::uint32_t> ofABucket{16'384, 16'384, 16'384, 16'384,
+                                             16'384, 16'384, 16'384, 10'312};
+  auto expected = ofABucket;
+  expected.insert(expected.end(), ofABucket.begin(), ofABucket.end());
+  EXPECT_EQ(sizes, expected);
+}
+
+TEST(WaveformTest, LargeBucketThatEndsEarlyHasThePeakOfWhatCame) {
+  const fake::Song song{.channels = {frames(250'000)}, .endsEarly = true};
+  EXPECT_THAT(waveform(*fake::openSong(song), 2).value(), ElementsAre(1.0));
+}
+
 TEST(WaveformTest, NoBufferIsInvalidAudio) {
   const fake::Song song{.channels = {frames(512)}, .makesBuffers = false};
   const auto result = waveform(*fake::openSong(song), bucketCount);
