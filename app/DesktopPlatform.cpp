@@ -94,9 +94,7 @@ platform::Result<std::unique_ptr<platform::AudioPlayer>> DesktopPlatform::openAu
     const platform::FileURL& url) {
   const auto media = media_.load();
   if (!media) return std::unexpected(media.error());
-  auto song = (*media)->openAudioFile(url, stop_.get_token());
-  if (!song) return std::unexpected(song.error());
-  return (*media)->makePlayer(std::move(*song));
+  return (*media)->openAudioPlayer(url, stop_.get_token());
 }
 
 std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(

@@ -26,15 +26,17 @@ std::vector<std::int64_t> oggLinks(Input& input) {
 }  // namespace
 
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platform::FileURL& url,
-                                                                     std::stop_token stop) try {
+                                                                     std::stop_token stop,
+                                                                     Length length) try {
   auto input = Input::open(url, std::move(stop));
   if (!input) return std::unexpected(input.error());
-  return openAudioFile(std::move(*input));
+  return openAudioFile(std::move(*input), length);
 } catch (const std::bad_alloc&) {
   return std::unexpected(makeError(Failure::outOfMemory));
 }
 
-platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input) {
+platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input,
+                                                                     Length length) {
   auto demuxer = Demuxer::open(input);
   if (!demuxer) return std::unexpected(demuxer.error());
   if (!input->isPart() && std::string_view((*demuxer)->format().iformat->name) == "ogg") {
@@ -42,7 +44,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared
     if (links.size() > 1) return ChainedAudioFile::open(input, links);
   }
   if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(input), **demuxer);
-  return CodedAudioFile::open(std::move(input), std::move(*demuxer));
+  return CodedAudioFile::open(std::move(input), std::move(*demuxer), length);
 }
 
 }  // namespace quibel::ffmpeg

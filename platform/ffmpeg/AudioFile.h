@@ -10,13 +10,24 @@ namespace quibel::ffmpeg {
 
 class Input;
 
-/// Opens a song for decoding. Any thread; may take as long as reading the file
-/// once. A stop request makes this, and every later read or seek of the file,
-/// fail at the next access to the disk.
+/// How well a song's length has to be known.
+enum class Length {
+  /// To the frame, even if the whole song has to be decoded for that.
+  exact,
+  /// What the file says, where only decoding the whole song would tell: sound beyond it
+  /// is left out, and silence fills what it lacks.
+  stated,
+};
+
+/// Opens a song for decoding. Any thread; may take as long as decoding the file once,
+/// or with Length::stated as reading it once. A stop request makes this, and every
+/// later read or seek of the file, fail at the next access to the disk.
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platform::FileURL& url,
-                                                                     std::stop_token stop = {});
+                                                                     std::stop_token stop = {},
+                                                                     Length length = Length::exact);
 
 /// The same for a file that is open already; throws std::bad_alloc.
-platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input);
+platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared_ptr<Input> input,
+                                                                     Length length = Length::exact);
 
 }  // namespace quibel::ffmpeg

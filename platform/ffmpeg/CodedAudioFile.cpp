@@ -29,7 +29,7 @@ void writeSilence(float* const* out, std::uint32_t channels, std::uint32_t at,
 }  // namespace
 
 platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
-    std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer) {
+    std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer, Length length) {
   const AVStream& stream = demuxer->stream();
   const AVCodecParameters& codec = *stream.codecpar;
   FrameSource::Plan plan{.clock = chooseClock(*demuxer->format().iformat, codec.codec_id,
@@ -59,7 +59,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   const FrameSource::Plan opened = plan;
   plan.outputRate = frame.sample_rate;
   plan.channels = channels;
-  const auto extent = measure(input, *source, plan);
+  const auto extent = measure(input, *source, plan, length);
   if (!extent) return std::unexpected(extent.error());
   plan.clock = extent->clock;
   plan.index = extent->index;

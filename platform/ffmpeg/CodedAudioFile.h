@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/AudioFile.h"
+#include "platform/ffmpeg/AudioFile.h"
 #include "platform/ffmpeg/Extent.h"
 #include "platform/ffmpeg/FrameSource.h"
 
@@ -13,7 +14,7 @@ namespace quibel::ffmpeg {
 class CodedAudioFile final : public platform::AudioFile {
  public:
   static platform::Result<std::unique_ptr<platform::AudioFile>> open(
-      std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer);
+      std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer, Length length);
 
   std::int64_t length() const override { return extent_.length; }
   platform::AudioFormat processingFormat() const override;

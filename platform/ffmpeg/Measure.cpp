@@ -31,10 +31,11 @@ FileCache<Extent>& cache() {
 class Measurement {
  public:
   Measurement(const std::shared_ptr<Input>& input, const FrameSource& opened,
-              const FrameSource::Plan& plan)
+              const FrameSource::Plan& plan, Length length)
       : input_(input),
         opened_(opened),
         plan_(plan),
+        length_(length),
         stream_(opened.demuxer().stream()),
         codec_(*stream_.codecpar),
         container_(opened.demuxer().format().iformat->name) {}
@@ -44,6 +45,9 @@ class Measurement {
     if (found && isMovie()) return applyMovieTimes(*found);
     return found;
   }
+
+  /// Of what extent() found.
+  bool isExact() const { return isExact_; }
 
  private:
   bool isMovie() const { return container_.starts_with("mov"); }
@@ -58,7 +62,7 @@ class Measurement {
   }
 
   platform::Result<Extent> countedExtent() {
-    if (plan_.clock == Clock::decoding) return countFrames();
+    if (plan_.clock == Clock::decoding) return decodedExtent();
     if (isMovie()) {
       if (const auto indexed = movieIndexExtent()) return *indexed;
     }
@@ -141,7 +145,7 @@ class Measurement {
     // FLAC's packets tell their lengths themselves, all others' are the container's claim.
     const bool isClaim = codec_.codec_id != AV_CODEC_ID_FLAC &&
                          !hasBytesFor(count->counted.packetEnd - count->counted.begin);
-    if (!count->isCountable || count->changes || isBroken || isClaim) return countFrames();
+    if (!count->isCountable || count->changes || isBroken || isClaim) return decodedExtent();
     Extent found = granules_ ? oggExtent(*count, *granules_, byEnds) : plainExtent(*count);
     found.clock = plan_.clock;
     return found;
@@ -190,6 +194,23 @@ class Measurement {
     return found;
   }
 
+  // Nothing but decoding it all tells this stream's length.
+  platform::Result<Extent> decodedExtent() {
+    const auto stated = length_ == Length::stated ? statedFrames() : std::nullopt;
+    isExact_ = !stated;
+    if (stated) return Extent{Clock::decoding, 0, *stated};
+    return countFrames();
+  }
+
+  std::optional<std::int64_t> statedFrames() const {
+    const AVFormatContext& format = opened_.demuxer().format();
+    const std::int64_t frames = stream_.duration > 0 ? inFrames(stream_.duration)
+                                                     : av_rescale(format.duration, plan_.outputRate,
+                                                                  std::int64_t{AV_TIME_BASE});
+    if (frames <= 0 || !hasBytesFor(frames)) return std::nullopt;
+    return frames;
+  }
+
   // The whole stream is decoded: its length is what comes out.
   platform::Result<Extent> countFrames() const {
     auto demuxer = Demuxer::open(input_);
@@ -224,6 +245,8 @@ class Measurement {
   const std::shared_ptr<Input>& input_;
   const FrameSource& opened_;
   FrameSource::Plan plan_;
+  Length length_;
+  bool isExact_ = true;
   const AVStream& stream_;
   const AVCodecParameters& codec_;
   std::string_view container_;
@@ -233,10 +256,11 @@ class Measurement {
 }  // namespace
 
 platform::Result<Extent> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
-                                 const FrameSource::Plan& plan) {
+                                 const FrameSource::Plan& plan, Length length) {
   if (const auto known = cache().find(input->identity())) return *known;
-  auto extent = Measurement(input, opened, plan).extent();
-  if (extent) cache().store(input->identity(), *extent);
+  Measurement measurement(input, opened, plan, length);
+  auto extent = measurement.extent();
+  if (extent && measurement.isExact()) cache().store(input->identity(), *extent);
   return extent;
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/Error.h"
+#include "platform/ffmpeg/AudioFile.h"
 #include "platform/ffmpeg/Extent.h"
 #include "platform/ffmpeg/FrameSource.h"
 #include "platform/ffmpeg/Input.h"
@@ -11,12 +12,12 @@ namespace quibel::ffmpeg {
 
 /// Finds out which part of a file's stream is the song, exactly. Where an index
 /// or the file's ends tell, they are asked; else the packets are counted, and
-/// decoded only where nothing else tells their length. What was found is
-/// remembered for the last few files.
+/// decoded only where nothing else tells their length and it has to be exact. What was
+/// found exactly is remembered for the last few files.
 ///
 /// `opened` has delivered its first frame. The plan's clock is the one that the
 /// container suggests; the extent says which one is to be used.
 platform::Result<Extent> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
-                                 const FrameSource::Plan& plan);
+                                 const FrameSource::Plan& plan, Length length);
 
 }  // namespace quibel::ffmpeg

@@ -16,9 +16,11 @@ class FFmpegAndCubeb final : public Media {
 
   void warmUp() override { output_.warmUp(); }
 
-  platform::Result<std::unique_ptr<platform::AudioPlayer>> makePlayer(
-      std::unique_ptr<platform::AudioFile> song) override {
-    return output_.makePlayer(std::move(song));
+  platform::Result<std::unique_ptr<platform::AudioPlayer>> openAudioPlayer(
+      const platform::FileURL& url, std::stop_token stop) override {
+    auto song = ffmpeg::openAudioFile(url, std::move(stop), ffmpeg::Length::stated);
+    if (!song) return std::unexpected(song.error());
+    return output_.makePlayer(std::move(*song));
   }
 
   std::shared_ptr<platform::ExportSession> makeExportSession(const platform::FileURL& url,

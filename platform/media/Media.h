@@ -31,9 +31,10 @@ class Media {
   virtual void warmUp() = 0;
 
   /// A player of the song. Main thread; waits at most 1.5 s for a sound output, and
-  /// fails where there is none.
-  virtual platform::Result<std::unique_ptr<platform::AudioPlayer>> makePlayer(
-      std::unique_ptr<platform::AudioFile> song) = 0;
+  /// fails where there is none. The song's length is then what the file states, where
+  /// all of it would have to be decoded to know better and nobody has done so yet.
+  virtual platform::Result<std::unique_ptr<platform::AudioPlayer>> openAudioPlayer(
+      const platform::FileURL& url, std::stop_token stop) = 0;
 
   /// Null where the song cannot be converted to AAC. Main thread.
   virtual std::shared_ptr<platform::ExportSession> makeExportSession(const platform::FileURL& url,

@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -113,6 +116,35 @@ TEST(Seeking, FindsAPlaceAgainWithoutReadingAllThatIsBeforeIt) {
       readFrames(*song, 4096);
     }
     EXPECT_LT(bytesRead() - before, size / 2) << name;
+  }
+}
+
+// Formats whose packets do not tell their lengths.
+TEST(StatedLength, IsKnownBeforeTheSongIsDecodedAndForgottenForTheExactOne) {
+  for (const char* name : {"Wma", "Amr", "Eac3"}) {
+    const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
+    ASSERT_NE(format, songFormats().end()) << name;
+    const TemporaryDirectory directory;
+    const auto wav = directory.path() / "source.wav";
+    writeWav(wav, test::song(format->rate, format->channels, std::size_t{60} * 44'100));
+    const auto file = makeSong(*format, wav);
+    const auto open = [&](ffmpeg::Length length) {
+      auto song = ffmpeg::openAudioFile(platform::FileURL(file), {}, length);
+      EXPECT_TRUE(song) << name;
+      return std::move(*song);
+    };
+
+    const auto before = bytesRead();
+    const auto unheard = open(ffmpeg::Length::stated);
+    EXPECT_LT(bytesRead() - before, static_cast<std::int64_t>(std::filesystem::file_size(file)) / 2)
+        << name;
+    const Sound exact = readAll(*open(ffmpeg::Length::exact));
+    EXPECT_NEAR(static_cast<double>(unheard->length()), static_cast<double>(exact.frames()), 8'192)
+        << name;
+    EXPECT_EQ(open(ffmpeg::Length::stated)->length(), std::ssize(exact.channels[0])) << name;
+
+    EXPECT_EQ(greatestDifference(exact, 0, readFrames(*unheard, 100'000)), 0) << name;
+    EXPECT_EQ(std::ssize(readAll(*unheard).channels[0]), unheard->length() - 100'000) << name;
   }
 }
 
