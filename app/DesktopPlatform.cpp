@@ -4,6 +4,9 @@
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
+#include <new>
+#include <system_error>
+#include <type_traits>
 #include <utility>
 
 #include "platform/desktop/Panels.h"
@@ -67,6 +70,18 @@ class CountedExportSession final : public platform::ExportSession {
   const std::shared_ptr<ExportsUnderWay> exports_;
 };
 
+/// What cannot be opened because the system denies a thread or memory fails like
+/// anything else.
+template <class Open>
+std::invoke_result_t<Open> withoutExceptions(Open open) try {
+  return open();
+} catch (const std::system_error&) {
+  return std::unexpected(platform::Error(
+      "El sistema no permite más tareas a la vez. Cierra algún programa e inténtalo otra vez."));
+} catch (const std::bad_alloc&) {
+  return std::unexpected(platform::Error("No queda memoria para abrirlo."));
+}
+
 }  // namespace
 
 DesktopPlatform::DesktopPlatform() : exports_(std::make_shared<ExportsUnderWay>()) {
@@ -83,18 +98,22 @@ DesktopPlatform::~DesktopPlatform() {
 
 platform::Result<std::unique_ptr<platform::AudioFile>> DesktopPlatform::openAudioFile(
     const platform::FileURL& url) {
-  const auto media = media_.load();
-  if (!media) return std::unexpected(media.error());
-  // Who opens a song soon listens to it.
-  (*media)->warmUp();
-  return (*media)->openAudioFile(url, stop_.get_token());
+  return withoutExceptions([&]() -> platform::Result<std::unique_ptr<platform::AudioFile>> {
+    const auto media = media_.load();
+    if (!media) return std::unexpected(media.error());
+    // Who opens a song soon listens to it.
+    (*media)->warmUp();
+    return (*media)->openAudioFile(url, stop_.get_token());
+  });
 }
 
 platform::Result<std::unique_ptr<platform::AudioPlayer>> DesktopPlatform::openAudioPlayer(
     const platform::FileURL& url) {
-  const auto media = media_.load();
-  if (!media) return std::unexpected(media.error());
-  return (*media)->openAudioPlayer(url, stop_.get_token());
+  return withoutExceptions([&]() -> platform::Result<std::unique_ptr<platform::AudioPlayer>> {
+    const auto media = media_.load();
+    if (!media) return std::unexpected(media.error());
+    return (*media)->openAudioPlayer(url, stop_.get_token());
+  });
 }
 
 std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(
