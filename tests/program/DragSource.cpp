@@ -3,18 +3,21 @@
 //
 // Says on its standard output, a line each, where to press ("ready X Y"), what the
 // window under the pointer answers ("accepts" or "refuses") and how the drag ended
-// ("finished" or "cancelled"), after which it leaves.
+// ("finished" or "cancelled"), after which it leaves. On Wayland a program does not
+// know where its window is: there it is all of one colour, to be found by that.
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QDrag>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QWidget>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -23,6 +26,10 @@
 namespace {
 
 void say(const std::string& line) { std::cout << line << "\n" << std::flush; }
+
+QNativeInterface::QX11Application* onX11() {
+  return qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+}
 
 /// Hears what the drop target sends back over the XDND protocol, which QDrag does
 /// not pass on.
@@ -79,13 +86,18 @@ class Source : public QWidget {
     dragged->setData(mimeType_, content_);
     auto* drag = new QDrag(this);
     drag->setMimeData(dragged);
-    if (drag->exec(Qt::CopyAction) == Qt::IgnoreAction) {
-      say("cancelled");
-      QCoreApplication::quit();
-    }
+    connect(drag, &QDrag::actionChanged, this, [](Qt::DropAction action) {
+      if (!onX11()) say(action == Qt::IgnoreAction ? "refuses" : "accepts");
+    });
+    const bool wasTaken = drag->exec(Qt::CopyAction) != Qt::IgnoreAction;
+    // On X11 the target says itself when it has taken it.
+    if (wasTaken && onX11()) return;
+    say(wasTaken ? "finished" : "cancelled");
+    QCoreApplication::quit();
   }
 
   void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter(this).fillRect(rect(), Qt::magenta);
     const QPoint centre = mapToGlobal(rect().center());
     say("ready " + std::to_string(centre.x()) + " " + std::to_string(centre.y()));
   }
@@ -100,10 +112,11 @@ class Source : public QWidget {
 int main(int argc, char* argv[]) {
   QApplication application(argc, argv);
   if (argc != 3) return EXIT_FAILURE;
-  const auto* x11 = application.nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr) return EXIT_FAILURE;
-  TargetAnswers answers(x11->connection());
-  application.installNativeEventFilter(&answers);
+  std::optional<TargetAnswers> answers;
+  if (const auto* x11 = onX11()) {
+    answers.emplace(x11->connection());
+    application.installNativeEventFilter(&*answers);
+  }
   Source source(QString::fromUtf8(argv[1]), argv[2]);
   source.show();
   return QApplication::exec();

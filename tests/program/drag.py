@@ -19,7 +19,7 @@ class Drag:
         self._earlier = self._log.stat().st_size if self._log.exists() else 0
         self._process = desktop.start(*command, mime_type, data)
         ready = wait_until(lambda: self._said("ready"), "the window to drag from")
-        self._place = tuple(map(int, ready.split()[1:]))
+        self._place = self._find(desktop, ready)
 
     def pick_up(self):
         self._pointer.move(*self._place)
@@ -46,6 +46,10 @@ class Drag:
         ending = wait_until(lambda: self._said("finished", "cancelled"), "the end of the drag")
         self._process.wait()
         return ending
+
+    def _find(self, desktop, ready):
+        """Where on the screen to press, from what the program has said of it."""
+        return tuple(map(int, ready.split()[1:]))
 
     def _said(self, *words):
         """The last line that begins with one of the words."""

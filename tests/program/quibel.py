@@ -34,13 +34,18 @@ class Quibel:
     build is the folder that holds the programs quibel and quibel_drag_source.
     """
 
+    # What its environment holds beside the desktop's.
+    environment = {}
+    drag = Drag
+
     def __init__(self, desktop, build):
         self.desktop = desktop
         self._qt_source = [str(build / "quibel_drag_source")]
         self.pointer = Pointer(desktop)
-        self.process = desktop.start(str(build / "quibel"))
+        environment = desktop.environment | self.environment
+        self.process = desktop.start(str(build / "quibel"), env=environment)
         self.screen = Screen(desktop)
-        self.window_id = wait_until(self._window_id, lambda: "the window:\n" + self.log)
+        self.window_id = self._find_window()
         wait_until(self._first_labels, lambda: "the window's texts:\n" + self.log, seconds=30)
 
     @property
@@ -109,15 +114,16 @@ class Quibel:
     def offer(self, mime_type, data, source=None):
         """Opens another program's window from which that can be dragged; see Drag. It
         is one of Qt, unless source is the command of another program."""
-        return Drag(self.desktop, self.pointer, source or self._qt_source, mime_type, data)
+        return self.drag(self.desktop, self.pointer, source or self._qt_source, mime_type, data)
 
     def offer_files(self, *paths, source=None):
         return self.offer("text/uri-list", uri_list(*paths), source)
 
     def drop_files(self, *paths):
         """Drags files onto the window's middle and lets go; returns how that ended."""
+        middle = self.middle()
         drag = self.offer_files(*paths).pick_up()
-        drag.move_over(*self.middle())
+        drag.move_over(*middle)
         return drag.drop()
 
     def middle(self):
@@ -248,6 +254,10 @@ class Quibel:
     def _first_labels(self):
         self._check_running()
         return self.labels()
+
+    def _find_window(self):
+        """The window manager's number of the main window."""
+        return wait_until(self._window_id, lambda: "the window:\n" + self.log)
 
     def _window_id(self):
         self._check_running()

@@ -28,9 +28,12 @@ class Scenario(unittest.TestCase):
 
     def setUp(self):
         self.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
-        self.desktop = self.enterContext(VirtualDesktop(self.language, self.window_manager))
+        self.desktop = self.enterContext(self.make_desktop())
         self.quibel = self.start()
         self.addCleanup(self._keep_evidence)
+
+    def make_desktop(self):
+        return VirtualDesktop(self.language, self.window_manager)
 
     def start(self):
         """Starts Quibel on the desktop."""

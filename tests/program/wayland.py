@@ -1,37 +1,113 @@
-"""Quibel as a window of a Wayland compositor, which itself is a window of the virtual
-desktop."""
+"""Quibel on Wayland. The compositor's one window fills the virtual screen: the X server's
+pointer and picture are the compositor's."""
 
-from accessible import Screen
+import re
+
+from accessible import Box
+from drag import Drag
+from quibel import Quibel
+from virtual_desktop import SCREEN_HEIGHT, SCREEN_WIDTH, VirtualDesktop
 from waiting import PATIENCE, wait_until
 
 SOCKET = "wayland-quibel"
 
+# Of the compositor's screen, in pixels.
+WIDTH = SCREEN_WIDTH - 1
 
-class WaylandQuibel:
-    def __init__(self, desktop, build):
-        self.desktop = desktop
-        desktop.start("weston", "--backend=x11-backend.so", "--use-pixman", f"--socket={SOCKET}")
+# Nothing but the programs' windows, and those at once.
+SHELL = """
+[core]
+idle-time=0
+[shell]
+panel-position=none
+startup-animation=none
+close-animation=none
+"""
+
+# Where in a window the pointer is, as its program is told.
+TOLD = (
+    r"wl_pointer[@#]\d+\.(?:enter\(\d+, wl_surface[@#]\d+|motion\(\d+)"
+    r", (-?[\d.]+), (-?[\d.]+)\)"
+)
+
+
+class WaylandDesktop(VirtualDesktop):
+    def __init__(self):
+        super().__init__(window_manager=None)
+
+    def _start(self):
+        super()._start()
+        # Outside the compositor's window: a pointer that is in it from the start it
+        # may never notice.
+        self.run("xdotool", "mousemove", str(WIDTH), "0")
+        shell = self.root / "weston.ini"
+        shell.write_text(SHELL)
+        self.start(
+            "weston", f"--config={shell}", "--backend=x11-backend.so", "--use-pixman",
+            f"--width={WIDTH}", f"--height={SCREEN_HEIGHT}", f"--socket={SOCKET}",
+        )  # fmt: skip
         wait_until(
-            (desktop.root / "run" / SOCKET).exists,
-            lambda: "the compositor:\n" + desktop.log("weston"),
+            (self.root / "run" / SOCKET).exists, lambda: "the compositor:\n" + self.log("weston")
         )
-        session = {
-            "QT_QPA_PLATFORM": "wayland",
-            "WAYLAND_DISPLAY": SOCKET,
-            "WAYLAND_DEBUG": "client",
-            # Qt's plugin leaks as it closes, and is gone when that is counted, so that
-            # no suppression can name it.
-            "LSAN_OPTIONS": "detect_leaks=0",
-        }
-        self.process = desktop.start(str(build / "quibel"), env=desktop.environment | session)
-        self._screen = Screen(desktop)
+        self.environment |= {"QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": SOCKET}
+
+
+class WaylandDrag(Drag):
+    def _find(self, desktop, ready):
+        """The middle of the first ten pixels in a row that have the window's colour."""
+        row = b"\xff\x00\xff" * 10
+
+        def found():
+            return desktop.pixels(0, 0, SCREEN_WIDTH, SCREEN_HEIGHT).find(row) // 3 + 1
+
+        place = wait_until(found, "the window to drag from, of its colour") + 4
+        return place % SCREEN_WIDTH, place // SCREEN_WIDTH + 5
+
+
+class WaylandQuibel(Quibel):
+    environment = {
+        "WAYLAND_DEBUG": "client",
+        # Qt's plugin leaks as it closes, and is gone when that is counted, so that no
+        # suppression can name it.
+        "LSAN_OPTIONS": "detect_leaks=0",
+    }
+    drag = WaylandDrag
 
     @property
-    def log(self):
-        """What the program has said, all it has asked the compositor for included."""
-        return self.desktop.log("quibel")
+    def size(self):
+        """The window's width and height."""
+        *_, size = re.findall(r"\.set_window_geometry\(0, 0, (\d+), (\d+)\)", self.log)
+        return tuple(map(int, size))
+
+    @property
+    def box(self):
+        """Where the window is, which has to cover the screen's middle. No program is
+        told that on Wayland, but where in its window the pointer is."""
+        earlier = len(self.log)
+
+        def origin():
+            self.pointer.move(600, 500)
+            self.pointer.move(640, 512)
+            told = re.findall(TOLD, self.log[earlier:])
+            places = [(float(x), float(y)) for x, y in told]
+            for (x, y), (next_x, next_y) in zip(places, places[1:]):
+                if (next_x - x, next_y - y) == (40, 12):
+                    return 600 - x, 500 - y
+            return None
+
+        return Box(*map(int, wait_until(origin, "the pointer to be told of")), *self.size)
+
+    def centre_of(self, element):
+        x, y = element.box.centre
+        window = element.window.box
+        there = self.box
+        return there.x + x - window.x, there.y + y - window.y
 
     def close(self):
-        """Closes the window and returns what the process ended with."""
-        self._screen.wait_for("quibel", "push button", "Cerrar").press()
+        """Closes the window, also a minimised one, and returns what the process ended
+        with."""
+        self.button("Cerrar").press()
         return self.process.wait(30 * PATIENCE)
+
+    def _find_window(self):
+        """There is no window manager to ask."""
