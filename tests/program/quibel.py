@@ -126,6 +126,14 @@ class Quibel:
         drag.move_over(*middle)
         return drag.drop()
 
+    def is_highlighted(self):
+        """Whether the welcome panel shows that a file is over the window."""
+        x, y, width, height = self.box
+        # Across the panel's lower edge.
+        column = self.desktop.pixels(x + width - 100, y + height - 100, 40, 60)
+        pixels = zip(column[::3], column[1::3], column[2::3])
+        return any(blue - red > 150 for red, _, blue in pixels)
+
     def middle(self):
         return self.box.centre
 

@@ -53,7 +53,7 @@ class Drop(Scenario):
         x, y, width, height = self.quibel.box
         # A corner that no other window lies upon.
         self.quibel.pointer.drag(
-            self.quibel.centre_of(icon), (x + width - 40, y + height - 40), self.highlighted
+            self.quibel.centre_of(icon), (x + width - 40, y + height - 40), self.quibel.is_highlighted
         )
         self.quibel.wait_until_loaded()
         self.assertIn("elegida.wav", self.quibel.labels())
@@ -102,14 +102,6 @@ class Drop(Scenario):
         self.assertEqual(drag.drop(), "cancelled")
         self.assertEqual(self.quibel.labels(), before)
         self.assertTrue(self.quibel.has_button(CHOOSE))
-
-    def highlighted(self):
-        """Whether the welcome panel shows that a file is over the window."""
-        x, y, width, height = self.quibel.box
-        # Across the panel's lower edge.
-        column = self.desktop.pixels(x + width - 100, y + height - 100, 40, 60)
-        pixels = zip(column[::3], column[1::3], column[2::3])
-        return any(blue - red > 150 for red, _, blue in pixels)
 
     def _window_pixels(self):
         return self.desktop.pixels(*self.quibel.box)
