@@ -6,6 +6,7 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "app/AlertDialog.h"
 #include "app/Announcements.h"
@@ -74,11 +75,7 @@ void ContentView::refresh() {
   const bool hasSong = editor_->audioURL().has_value();
   header_->refresh();
   if (hasSong) workspace_->refresh();
-  screens_->setCurrentWidget(hasSong ? static_cast<QWidget*>(workspace_) : welcome_);
-  // The welcome screen takes all the room there is, the workspace what it needs.
-  screens_->setSizePolicy(QSizePolicy::Expanding,
-                          hasSong ? QSizePolicy::Fixed : QSizePolicy::Expanding);
-  column_->setStretchFactor(screens_, hasSong ? 0 : 1);
+  showScreen(hasSong ? static_cast<QWidget*>(workspace_) : welcome_);
   if (!editor_->isBusy()) {
     status_->showStatus(displayText(editor_->status()));
   } else if (editor_->isExporting()) {
@@ -87,6 +84,17 @@ void ContentView::refresh() {
     status_->showProgress(tr("Analizando audio…"));
   }
   refreshAlert();
+}
+
+void ContentView::showScreen(QWidget* screen) {
+  // Setting a stretch lays out the whole window, also where it is the same as before.
+  if (std::exchange(shownScreen_, screen) == screen) return;
+  screens_->setCurrentWidget(screen);
+  // The welcome screen takes all the room there is, the workspace what it needs.
+  const bool fills = screen == welcome_;
+  screens_->setSizePolicy(QSizePolicy::Expanding,
+                          fills ? QSizePolicy::Expanding : QSizePolicy::Fixed);
+  column_->setStretchFactor(screens_, fills ? 1 : 0);
 }
 
 void ContentView::refreshAlert() {

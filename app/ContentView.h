@@ -46,6 +46,7 @@ class ContentView : public QWidget {
  private:
   void scheduleRefresh();
   void refresh();
+  void showScreen(QWidget* screen);
   void refreshAlert();
 
   std::shared_ptr<AudioEditorModel> editor_;
@@ -54,6 +55,7 @@ class ContentView : public QWidget {
   QStackedWidget* screens_;
   WelcomeScreen* welcome_;
   WorkspaceScreen* workspace_;
+  QWidget* shownScreen_ = nullptr;
   StatusArea* status_;
   AlertDialog* alert_ = nullptr;
   bool refreshScheduled_ = false;

@@ -42,7 +42,9 @@ class Wayland(Scenario):
             )
             # The compositor forgets the edge with the release, and would put what comes
             # later in another place.
-            self.drag((x, y), (x + dx, y + dy), lambda: self.quibel.size == grown[2:])
+            self.quibel.drag_window(
+                (x, y), (x + dx, y + dy), lambda: self.quibel.size == grown[2:]
+            )
             self.wait_until_there(grown)
             box = grown
 
@@ -62,10 +64,6 @@ class Wayland(Scenario):
     def test_closes(self):
         self.quibel.click("Cerrar")
         self.assertEqual(self.quibel.process.wait(30 * PATIENCE), 0, self.quibel.log)
-
-    def tearDown(self):
-        if self.quibel.process.poll() is None:
-            super().tearDown()
 
     def test_a_song_is_dropped_cut_and_heard(self):
         self.quibel.load(songs.tone(self.song("soltada.wav"), 25))
@@ -108,16 +106,8 @@ class Wayland(Scenario):
 
     def move_window(self, dx, dy):
         x, y, width, _ = self.quibel.box
-        self.drag((x + width / 2, y + 60), (x + width / 2 + dx, y + 60 + dy))
-
-    def drag(self, start, end, arrived=None):
-        self.quibel.pointer.move(*start)
-        self.quibel.pointer.press()
-        self.quibel.pointer.move((start[0] + end[0]) / 2, (start[1] + end[1]) / 2)
-        self.quibel.pointer.move(*end)
-        if arrived:
-            wait_until(arrived, f"the drag to arrive at {end}")
-        self.quibel.pointer.release()
+        ground = (x + width / 2, y + 60)
+        self.quibel.drag_window(ground, (ground[0] + dx, ground[1] + dy))
 
     def wait_until_there(self, box):
         wait_until(

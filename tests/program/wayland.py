@@ -86,6 +86,7 @@ class WaylandQuibel(Quibel):
         earlier = len(self.log)
 
         def origin():
+            # Both near the screen's middle.
             self.pointer.move(600, 500)
             self.pointer.move(640, 512)
             told = re.findall(TOLD, self.log[earlier:])
@@ -97,6 +98,19 @@ class WaylandQuibel(Quibel):
 
         return Box(*map(int, wait_until(origin, "the pointer to be told of")), *self.size)
 
+    def drag_window(self, start, end, arrived=lambda: True):
+        """Has the compositor move or resize the window from one place (x, y) of the
+        screen to the other, and lets go when arrived()."""
+        taken = self._times_left()
+        self.pointer.move(*start)
+        self.pointer.press()
+        self.pointer.move((start[0] + end[0]) / 2, (start[1] + end[1]) / 2)
+        # From then on the pointer is the compositor's own.
+        wait_until(lambda: self._times_left() > taken, f"the window to be taken at {start}")
+        self.pointer.move(*end)
+        wait_until(arrived, f"the drag to arrive at {end}")
+        self.pointer.release()
+
     def centre_of(self, element):
         x, y = element.box.centre
         window = element.window.box
@@ -104,10 +118,15 @@ class WaylandQuibel(Quibel):
         return there.x + x - window.x, there.y + y - window.y
 
     def close(self):
-        """Closes the window, also a minimised one, and returns what the process ended
-        with."""
-        self.button("Cerrar").press()
+        """Closes the window, also a minimised one, unless it was closed before, and
+        returns what the process ended with."""
+        if self.process.poll() is None:
+            self.button("Cerrar").press()
         return self.process.wait(30 * PATIENCE)
+
+    def _times_left(self):
+        """How often the pointer has left the window."""
+        return len(re.findall(r"wl_pointer[@#]\d+\.leave\(", self.log))
 
     def _find_window(self):
         """There is no window manager to ask."""

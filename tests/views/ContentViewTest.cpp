@@ -158,9 +158,11 @@ class RefreshCount : public QObject {
  public:
   bool eventFilter(QObject*, QEvent* event) override {
     if (event->type() == QEvent::MetaCall) ++count;
+    if (event->type() == QEvent::LayoutRequest) ++layouts;
     return false;
   }
   int count = 0;
+  int layouts = 0;
 };
 
 TEST_F(Content, HoweverMuchChangesInATurnTheViewsAreRefreshedOnce) {
@@ -178,6 +180,24 @@ TEST_F(Content, HoweverMuchChangesInATurnTheViewsAreRefreshedOnce) {
   model->endBinding().set(31);
   turn();
   EXPECT_EQ(refreshes.count, 2);
+}
+
+TEST_F(Content, ATickOfTheLoopLaysNothingOut) {
+  load(60);
+  model->togglePreview();
+  // What has changed is laid out from the inside outwards, in later turns.
+  const auto settle = [] {
+    for (int depth = 0; depth < 10; ++depth) turn();
+  };
+  settle();
+  RefreshCount refreshes;
+  view.installEventFilter(&refreshes);
+  machine.players.back()->currentTime = 1.5;
+  machine.timers.back()->fire();
+  settle();
+  EXPECT_EQ(model->playhead(), 1.5);
+  EXPECT_EQ(refreshes.count, 1);
+  EXPECT_EQ(refreshes.layouts, 0);
 }
 
 TEST_F(Content, ThreeRowsTwentyPointsApartIn28PointsOfPadding) {
