@@ -42,9 +42,7 @@ class Wayland(Scenario):
             )
             # The compositor forgets the edge with the release, and would put what comes
             # later in another place.
-            self.quibel.drag_window(
-                (x, y), (x + dx, y + dy), lambda: self.quibel.size == grown[2:]
-            )
+            self.quibel.drag_window((x, y), (x + dx, y + dy), lambda: self.quibel.fills(grown))
             self.wait_until_there(grown)
             box = grown
 

@@ -14,12 +14,16 @@ SOCKET = "wayland-quibel"
 # Of the compositor's screen, in pixels.
 WIDTH = SCREEN_WIDTH - 1
 
+# What the screen shows where no window is: green, as no window of Quibel is.
+GROUND = b"\x00\xff\x00"
+
 # Nothing but the programs' windows, and those at once.
 SHELL = """
 [core]
 idle-time=0
 [shell]
 panel-position=none
+background-color=0xff00ff00
 startup-animation=none
 close-animation=none
 """
@@ -78,6 +82,23 @@ class WaylandQuibel(Quibel):
         """The window's width and height."""
         *_, size = re.findall(r"\.set_window_geometry\(0, 0, (\d+), (\d+)\)", self.log)
         return tuple(map(int, size))
+
+    def fills(self, box):
+        """Whether the window is painted up to all four edges of a box and no further,
+        away from the edges' middles and ends, where the pointer may be painted too."""
+        if self.size != box[2:]:
+            return False
+        picture = self.desktop.pixels(0, 0, SCREEN_WIDTH, SCREEN_HEIGHT)
+
+        def is_ground(x, y):
+            at = 3 * (y * SCREEN_WIDTH + x)
+            return picture[at : at + 3] == GROUND
+
+        x, y, right, bottom = box.x, box.y, box.x + box.width - 1, box.y + box.height - 1
+        column, row = x + box.width // 4, y + box.height // 4
+        inside = ((column, y), (column, bottom), (x, row), (right, row))
+        outside = ((column, y - 1), (column, bottom + 1), (x - 1, row), (right + 1, row))
+        return all(is_ground(*at) for at in outside) and not any(is_ground(*at) for at in inside)
 
     @property
     def box(self):
