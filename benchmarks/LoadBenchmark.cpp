@@ -18,7 +18,7 @@
 namespace quibel::benchmarks {
 namespace {
 
-constexpr int rounds = 9;
+constexpr int rounds = 21;
 
 struct Song {
   std::string name;

@@ -98,14 +98,16 @@ class BucketReader {
 
 using Peaks = std::vector<double>;
 
-/// The peaks of the buckets from frame `begin` to the end. Nothing where it cannot read
-/// them all.
-std::optional<Peaks> peaksFrom(platform::AudioFile& file, std::int64_t begin,
+/// The peaks of the buckets from frame `begin` to the end, found by another reader of the
+/// song. Nothing where it cannot read them all, or where there is none.
+std::optional<Peaks> peaksFrom(const platform::AudioFile& song, std::int64_t begin,
                                std::int64_t framesPerBucket, const std::stop_token& stop) try {
-  BucketReader reader(file, framesPerBucket);
-  if (!reader.hasBuffer() || !file.seek(begin)) return std::nullopt;
+  const auto file = song.anotherReader();
+  if (!file) return std::nullopt;
+  BucketReader reader(*file, framesPerBucket);
+  if (!reader.hasBuffer() || !file->seek(begin)) return std::nullopt;
   Peaks peaks;
-  while (file.framePosition() < file.length()) {
+  while (file->framePosition() < file->length()) {
     const auto peak = reader.next();
     if (stop.stop_requested() || !peak || !*peak) return std::nullopt;
     peaks.push_back(**peak);
@@ -115,15 +117,17 @@ std::optional<Peaks> peaksFrom(platform::AudioFile& file, std::int64_t begin,
   return std::nullopt;
 }
 
-/// The buckets from a frame on, found by another reader in a thread of its own.
+/// The buckets of a long song from a frame on, found in a thread of its own.
 class Latter {
  public:
-  /// `reader` may be null: then there are none.
-  Latter(std::unique_ptr<platform::AudioFile> reader, std::int64_t begin,
-         std::int64_t framesPerBucket) {
-    if (!reader) return;
-    auto read = [=, reader = std::move(reader), stop = stop_.get_token()] {
-      return peaksFrom(*reader, begin, framesPerBucket, stop);
+  /// `song` outlives this. A short song is not shared.
+  Latter(const platform::AudioFile& song, std::int64_t begin, std::int64_t framesPerBucket) {
+    if (song.length() < shortestShared) return;
+    // The reader is opened in its thread too. Its memory would else come from the first
+    // thread's share of the heap, for which both would wait at every packet: 2 % of a
+    // load's processor time.
+    auto read = [&song, begin, framesPerBucket, stop = stop_.get_token()] {
+      return peaksFrom(song, begin, framesPerBucket, stop);
     };
     try {
       peaks_ = std::async(std::launch::async, std::move(read));
@@ -161,7 +165,7 @@ std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file
   if (!reader.hasBuffer()) return std::unexpected(AudioError::invalid);
 
   const std::int64_t half = total / 2 / framesPerBucket * framesPerBucket;
-  Latter latter(total < shortestShared ? nullptr : file.anotherReader(), half, framesPerBucket);
+  Latter latter(file, half, framesPerBucket);
   Peaks values;
   while (file.framePosition() < file.length()) {
     if (file.framePosition() == half) {

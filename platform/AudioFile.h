@@ -39,7 +39,8 @@ class AudioPCMBuffer {
   std::vector<float*> channels_;
 };
 
-/// An opened song, read from its first frame on. One thread at a time.
+/// An opened song, read from its first frame on. One thread at a time, but for
+/// anotherReader().
 class AudioFile {
  public:
   AudioFile() = default;
@@ -67,8 +68,9 @@ class AudioFile {
   /// follow are those that reading from the beginning would have delivered.
   virtual Result<void> seek(std::int64_t frame) = 0;
 
-  /// Another reader of the same song, at its first frame, for another thread than this
-  /// one's. Null where there is none, or none that seeks without decoding all before.
+  /// Another reader of the same song, at its first frame. Null where there is none, or
+  /// none that seeks without decoding all before. Called in the thread that will read
+  /// it, while this one is read in its own: where it is opened, its memory comes from.
   virtual std::unique_ptr<AudioFile> anotherReader() const { return nullptr; }
 };
 

@@ -46,7 +46,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
     const bool isMerelyEmpty = !source->anyPacket() && codec.sample_rate > 0 && plan.channels > 0;
     if (!isMerelyEmpty) return std::unexpected(makeError(Failure::damaged));
     return std::unique_ptr<platform::AudioFile>(
-        new CodedAudioFile(std::move(input), std::move(*source), Extent{}));
+        new CodedAudioFile(std::move(input), std::move(*source), plan, Extent{}));
   }
 
   // The first frame tells the form of what is delivered: a codec may double
@@ -68,19 +68,22 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
     if (!source) return std::unexpected(source.error());
   }
   std::unique_ptr<CodedAudioFile> file(
-      new CodedAudioFile(std::move(input), std::move(*source), *extent));
+      new CodedAudioFile(std::move(input), std::move(*source), plan, *extent));
   // The frame that told the form is the first to be delivered.
   if (plan == opened) file->adoptBlock();
   return file;
 }
 
 CodedAudioFile::CodedAudioFile(std::shared_ptr<Input> input, FrameSource source,
-                               const Extent& extent)
-    : input_(std::move(input)), source_(std::move(source)), extent_(extent) {}
+                               const FrameSource::Plan& plan, const Extent& extent)
+    : input_(std::move(input)),
+      plan_(plan),
+      extent_(extent),
+      seeks_(source.seeks()),
+      source_(std::move(source)) {}
 
 platform::AudioFormat CodedAudioFile::processingFormat() const {
-  return {static_cast<double>(source_.plan().outputRate),
-          static_cast<std::uint32_t>(source_.plan().channels)};
+  return {static_cast<double>(plan_.outputRate), static_cast<std::uint32_t>(plan_.channels)};
 }
 
 std::unique_ptr<platform::AudioPCMBuffer> CodedAudioFile::makeBuffer(
@@ -115,7 +118,7 @@ platform::Result<void> CodedAudioFile::read(platform::AudioPCMBuffer& into,
   into.setFrameLength(0);
   const auto wanted = static_cast<std::uint32_t>(
       std::min<std::int64_t>({frameCount, into.frameCapacity(), length() - position_}));
-  const auto channels = static_cast<std::uint32_t>(source_.plan().channels);
+  const auto channels = static_cast<std::uint32_t>(plan_.channels);
   float* const* const out = into.floatChannelData();
   for (std::uint32_t filled = 0; filled < wanted;) {
     if (!ended_ && blockEnd_ <= position_) {
@@ -147,7 +150,7 @@ platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
   if (frame != position_ && !isInBlock) {
     if (!source_.seek(extent_.origin + frame)) {
       if (const auto reason = input_->failure()) return std::unexpected(*reason);
-      auto source = openSource(input_, source_.plan());
+      auto source = openSource(input_, plan_);
       if (!source) return std::unexpected(source.error());
       source_ = std::move(*source);
     }
@@ -161,12 +164,12 @@ platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
 }
 
 std::unique_ptr<platform::AudioFile> CodedAudioFile::anotherReader() const try {
-  if (!source_.seeks()) return nullptr;
+  if (!seeks_) return nullptr;
   auto input = input_->part(0, input_->size());
-  auto source = openSource(input, source_.plan());
+  auto source = openSource(input, plan_);
   if (!source) return nullptr;
   return std::unique_ptr<platform::AudioFile>(
-      new CodedAudioFile(std::move(input), std::move(*source), extent_));
+      new CodedAudioFile(std::move(input), std::move(*source), plan_, extent_));
 } catch (const std::bad_alloc&) {
   return nullptr;
 }

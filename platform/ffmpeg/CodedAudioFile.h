@@ -25,14 +25,19 @@ class CodedAudioFile final : public platform::AudioFile {
   std::unique_ptr<platform::AudioFile> anotherReader() const override;
 
  private:
-  CodedAudioFile(std::shared_ptr<Input> input, FrameSource source, const Extent& extent);
+  CodedAudioFile(std::shared_ptr<Input> input, FrameSource source, const FrameSource::Plan& plan,
+                 const Extent& extent);
 
   platform::Result<void> advance();
   void adoptBlock();
 
-  std::shared_ptr<Input> input_;
+  // What other threads see, in anotherReader(), stays as it is.
+  const std::shared_ptr<Input> input_;
+  const FrameSource::Plan plan_;
+  const Extent extent_;
+  const bool seeks_;
+
   FrameSource source_;
-  Extent extent_;
   std::int64_t position_ = 0;
 
   // The source's frame at hand, in frames of the song.

@@ -87,7 +87,6 @@ class FrameSource {
   bool seeks() const;
 
   const Demuxer& demuxer() const { return *demuxer_; }
-  const Plan& plan() const { return plan_; }
 
  private:
   FrameSource(std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer, const Plan& plan,

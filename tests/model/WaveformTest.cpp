@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -180,6 +181,16 @@ TEST(WaveformTest, AnotherReaderTakesTheLatterHalfOfALongSong) {
   expected[700'000 / 1'111] = 1;
   EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000).value(), expected);
   EXPECT_THAT(sizes, SizeIs(500));
+}
+
+TEST(WaveformTest, AnotherReaderIsOpenedInTheThreadThatReadsIt) {
+  fake::Song song = rise();
+  song.forAnotherReader = std::make_shared<fake::Song>(rise());
+  std::thread::id opening;
+  song.onAnotherReader = [&] { opening = std::this_thread::get_id(); };
+  ASSERT_THAT(waveform(*fake::openSong(song), 1'000).value(), SizeIs(1'000));
+  EXPECT_NE(opening, std::thread::id());
+  EXPECT_NE(opening, std::this_thread::get_id());
 }
 
 TEST(WaveformTest, WhatAnotherReaderCannotReadIsReadByTheFirst) {

@@ -48,6 +48,7 @@ class File final : public platform::AudioFile {
   }
 
   std::unique_ptr<platform::AudioFile> anotherReader() const override {
+    if (song_.onAnotherReader) song_.onAnotherReader();
     if (!song_.forAnotherReader) return nullptr;
     return std::make_unique<File>(*song_.forAnotherReader, nullptr);
   }

@@ -53,6 +53,7 @@ struct Song {
   bool endsEarly = false;  ///< reads deliver nothing from the second one on
   bool convertible = true;
   std::shared_ptr<const Song> forAnotherReader = nullptr;  ///< what it finds, if there is one
+  std::function<void()> onAnotherReader = {};              ///< called when one is asked for
 
   /// `seconds` of full-scale sound at a rate low enough for long songs to be cheap.
   static Song lasting(double seconds);
