@@ -83,6 +83,7 @@ std::vector<SongFormat> makeFormats() {
       lossless("OggFlac", "song.oga", {"flac", "-s", "-f", "--ogg", "-o", "{out}", "{in}"}),
       lossless("Alac", "song.m4a", ffmpeg({"-c:a", "alac"})),
       lossless("WavPack", "song.wv", ffmpeg({})),
+      lossless("MonkeysAudio", "song.ape", {ENCODE_APE, "{in}", "{out}"}),
       lossless("TrueAudio", "song.tta", ffmpeg({})),
       lossless("MatroskaFlac", "song.mka", ffmpeg({"-c:a", "flac"})),
       lossless("MatroskaPcm", "song.mka", ffmpeg({"-c:a", "pcm_s16le"})),
@@ -126,6 +127,9 @@ std::vector<SongFormat> makeFormats() {
       // FFmpeg's encoder puts one block before the song, and its decoder leaves two out.
       lossy("Wma", "song.wma", ffmpeg({"-c:a", "wmav2"}), inPackets(source, 2048) - 2048),
       mono(lossy("Amr", "song.amr-nb", {"sox", "{in}", "{out}"}, inPackets(source, 160), 8'000)),
+      mono(lossy("AmrWideband", "song.awb",
+                 shell("sox $0 -r 16000 -c 1 $1.wav\n'" ENCODE_AMR_WB "' $1.wav $1"),
+                 inPackets(source, 320), 16'000)),
       lossy("Ac3", "song.ac3", ffmpeg({"-c:a", "ac3"}), inPackets(source, 1536)),
       lossy("Eac3", "song.eac3", ffmpeg({"-c:a", "eac3"}), inPackets(source, 1536)),
   };
