@@ -86,6 +86,7 @@ std::vector<SongFormat> makeFormats() {
       lossless("MonkeysAudio", "song.ape", {ENCODE_APE, "{in}", "{out}"}),
       lossless("TrueAudio", "song.tta", ffmpeg({})),
       lossless("MatroskaFlac", "song.mka", ffmpeg({"-c:a", "flac"})),
+      lossless("Mp4Flac", "song.mp4", ffmpeg({"-c:a", "flac", "-strict", "-2"})),
       lossless("MatroskaPcm", "song.mka", ffmpeg({"-c:a", "pcm_s16le"})),
       lossless("MoviePcm", "song.mov", ffmpeg({"-c:a", "pcm_s16le"})),
       lossy("Mp3ConstantRate", "song.mp3", {"lame", "--quiet", "-b", "128", "{in}", "{out}"}),
@@ -124,6 +125,9 @@ std::vector<SongFormat> makeFormats() {
       lossy("OpusShortPackets", "song.opus",
             {"opusenc", "--quiet", "--framesize", "5", "{in}", "{out}"}, source, 48'000),
       lossy("WebmOpus", "song.webm", ffmpeg({"-c:a", "libopus"}), source, 48'000),
+      lossy("MatroskaVorbis", "song.mka",
+            shell("oggenc -Q -o $1.ogg $0\nffmpeg -v error -y -i $1.ogg -c:a copy $1")),
+      lossy("Mp4Opus", "song.mp4", ffmpeg({"-c:a", "libopus"}), source, 48'000),
       // FFmpeg's encoder puts one block before the song, and its decoder leaves two out.
       lossy("Wma", "song.wma", ffmpeg({"-c:a", "wmav2"}), inPackets(source, 2048) - 2048),
       mono(lossy("Amr", "song.amr-nb", {"sox", "{in}", "{out}"}, inPackets(source, 160), 8'000)),
