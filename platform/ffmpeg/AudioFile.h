@@ -14,14 +14,15 @@ class Input;
 enum class Length {
   /// To the frame, even if the whole song has to be decoded for that.
   exact,
-  /// What the file says, where only decoding the whole song would tell: sound beyond it
+  /// What the file says, where only reading the whole song would tell: sound beyond it
   /// is left out, and silence fills what it lacks.
   stated,
 };
 
 /// Opens a song for decoding. Any thread; may take as long as decoding the file once,
-/// or with Length::stated as reading it once. A stop request makes this, and every
-/// later read or seek of the file, fail at the next access to the disk.
+/// or with Length::stated, in the few formats that state nothing, as reading it once. A stop
+/// request makes this, and every later read or seek of the file, fail at the next access to the
+/// disk.
 platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(const platform::FileURL& url,
                                                                      std::stop_token stop = {},
                                                                      Length length = Length::exact);

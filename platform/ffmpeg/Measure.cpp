@@ -138,7 +138,9 @@ class Measurement {
     // An Ogg stream of several pages is measured by its first and its last one.
     const bool byEnds = granules_ && !granules_->isOnlyPage && granules_->last > granules_->first &&
                         hasBytesFor(granules_->last);
-    const std::int64_t limit = byEnds ? granules_->packetsOnFirstPage + 1 : allPackets;
+    // A stated length is enough with the first packet, which tells where the song begins.
+    const auto stated = granules_ || !isLengthStated() ? std::nullopt : statedLength();
+    const std::int64_t limit = byEnds ? granules_->packetsOnFirstPage + 1 : stated ? 1 : allPackets;
     const auto count = countPackets(*input_, **demuxer, clock, limit);
     if (!count) return std::unexpected(count.error());
     const bool isBroken = plan_.clock == Clock::timestamps && count->leavesOutMost();
@@ -148,6 +150,10 @@ class Measurement {
     if (!count->isCountable || count->changes || isBroken || isClaim) return decodedExtent();
     Extent found = granules_ ? oggExtent(*count, *granules_, byEnds) : plainExtent(*count);
     found.clock = plan_.clock;
+    if (stated) {
+      found.length = *stated;
+      isExact_ = false;
+    }
     return found;
   }
 
@@ -164,9 +170,7 @@ class Measurement {
     // Edit lists are applied afterwards.
     if (isMovie()) counted.skip = 0;
     std::optional<std::int64_t> headerLength;
-    const bool isStated =
-        opened_.demuxer().format().duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
-    if (isStated && stream_.duration > 0 && codec_.codec_id != AV_CODEC_ID_FLAC) {
+    if (isLengthStated() && stream_.duration > 0 && codec_.codec_id != AV_CODEC_ID_FLAC) {
       headerLength = inFrames(stream_.duration);
     }
     return extentOf(counted, headerLength);
@@ -196,13 +200,20 @@ class Measurement {
 
   // Nothing but decoding it all tells this stream's length.
   platform::Result<Extent> decodedExtent() {
-    const auto stated = length_ == Length::stated ? statedFrames() : std::nullopt;
+    const auto stated = statedLength();
     isExact_ = !stated;
     if (stated) return Extent{Clock::decoding, 0, *stated};
     return countFrames();
   }
 
-  std::optional<std::int64_t> statedFrames() const {
+  // Rather than guessed from a mean bit rate.
+  bool isLengthStated() const {
+    return opened_.demuxer().format().duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+  }
+
+  // In frames, where that is enough and the file states one that can be.
+  std::optional<std::int64_t> statedLength() const {
+    if (length_ != Length::stated) return std::nullopt;
     const AVFormatContext& format = opened_.demuxer().format();
     const std::int64_t frames = stream_.duration > 0 ? inFrames(stream_.duration)
                                                      : av_rescale(format.duration, plan_.outputRate,
