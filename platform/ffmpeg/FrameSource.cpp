@@ -12,7 +12,8 @@ PacketClock::PacketClock(Clock kind, const AVStream& stream, int outputRate)
       timeBase_(stream.time_base),
       codedRate_(stream.codecpar->sample_rate),
       outputRate_(outputRate),
-      durationOf_(stream) {}
+      durationOf_(stream),
+      isVorbis_(stream.codecpar->codec_id == AV_CODEC_ID_VORBIS) {}
 
 std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
   duration_ = durationOf_(packet);
@@ -20,15 +21,31 @@ std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
     duration_ = av_rescale(*duration_, outputRate_, codedRate_);
   }
   switch (kind_) {
-    case Clock::timestamps:
+    case Clock::timestamps: {
       if (packet.pts == AV_NOPTS_VALUE) return std::nullopt;
-      return av_rescale_q(packet.pts, timeBase_, {1, outputRate_});
+      const std::int64_t stated = av_rescale_q(packet.pts, timeBase_, {1, outputRate_});
+      return isVorbis_ ? vorbisPosition(packet, stated) : stated;
+    }
     case Clock::durations:
       return std::exchange(next_, next_ + duration_.value_or(0));
     case Clock::decoding:
       return std::nullopt;
   }
   return std::nullopt;
+}
+
+std::int64_t PacketClock::vorbisPosition(const AVPacket& packet, std::int64_t stated) {
+  constexpr std::int64_t largestBlock = 8192;
+  const std::int64_t frames = duration_.value_or(0);
+  const std::int64_t begin = following_.value_or(stated);
+  const std::int64_t ahead = stated - begin;
+  const std::int64_t own = av_rescale_q(packet.duration, timeBase_, {1, outputRate_});
+  const bool isShort = ahead + early_ == frames - own;
+  const bool isEarly = -largestBlock < ahead && ahead <= 0;
+  if (!isShort) early_ = isEarly ? -ahead : 0;
+  const std::int64_t position = isShort || isEarly ? begin : stated;
+  following_ = position + frames;
+  return position;
 }
 
 platform::Result<FrameSource> FrameSource::open(std::shared_ptr<Input> input,
@@ -144,8 +161,10 @@ bool FrameSource::readPositionedPacket() {
   std::optional<std::int64_t> landing;
   while (demuxer_->read(*packet_) == Demuxer::Status::packet) {
     if (!landing) landing = packet_->pos;
+    const bool isGuessed = isOgg && packet_->pos == landing;
+    if (!isGuessed) clock_.forget();
     pendingPosition_ = clock_.position(*packet_);
-    if (pendingPosition_ && !(isOgg && packet_->pos == landing)) return true;
+    if (pendingPosition_ && !isGuessed) return true;
   }
   return false;
 }

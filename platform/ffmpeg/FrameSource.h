@@ -25,6 +25,12 @@ class PacketClock {
   /// on what came before.
   std::optional<std::int64_t> position(const AVPacket& packet);
 
+  /// The next packet need not follow on the last one.
+  void forget() {
+    following_ = std::nullopt;
+    early_ = 0;
+  }
+
   /// With Clock::durations: the next packet begins at a position.
   void restart(std::int64_t position) { next_ = position; }
 
@@ -32,12 +38,21 @@ class PacketClock {
   std::optional<std::int64_t> duration() const { return duration_; }
 
  private:
+  // FFmpeg gives the first short block behind a long one in Ogg only its own part of what
+  // the two overlap to, and with it a later time: it is told by its end. The last page, if
+  // it is not marked as such, comes early by what is cut off its end. Else times that do
+  // not follow are true: something was lost.
+  std::int64_t vorbisPosition(const AVPacket& packet, std::int64_t stated);
+
   Clock kind_;
   AVRational timeBase_;
   int codedRate_;
   int outputRate_;
   PacketDuration durationOf_;
+  bool isVorbis_;
   std::optional<std::int64_t> duration_;
+  std::optional<std::int64_t> following_;  ///< of Vorbis: the end of the last packet
+  std::int64_t early_ = 0;                 ///< of Vorbis: how much its page is
   std::int64_t next_ = 0;
 };
 

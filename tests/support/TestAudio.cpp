@@ -153,6 +153,18 @@ Sound song(int rate, int channels, std::size_t frames, std::uint32_t seed) {
   return sound;
 }
 
+Sound attacks(int rate, int channels, std::size_t frames) {
+  Sound sound = song(rate, channels, frames);
+  const Sound bursts = noise(rate, channels, frames, 5, 0.4F);
+  for (std::size_t channel = 0; channel < sound.channels.size(); ++channel) {
+    for (std::size_t i = 0; i < frames; ++i) {
+      float& sample = sound.channels[channel][i];
+      sample = i % 7'001 < 300 ? bursts.channels[channel][i] : sample / 10;
+    }
+  }
+  return sound;
+}
+
 void writeWav(const std::filesystem::path& file, const Sound& sound, WavFormat format) {
   const std::size_t size = bytesOf(format);
   const std::size_t channels = sound.channels.size();

@@ -45,6 +45,9 @@ Sound noise(int rate, int channels, std::size_t frames, std::uint32_t seed = 1,
 /// under noise that swells and fades, different on every channel.
 Sound song(int rate, int channels, std::size_t frames, std::uint32_t seed = 1);
 
+/// A quiet song with bursts of noise, for which codecs change to short blocks.
+Sound attacks(int rate, int channels, std::size_t frames);
+
 enum class WavFormat { unsigned8, signed16, signed24, signed32, float32, float64 };
 
 /// Writes a RIFF WAVE file. Integers are rounded to the nearest and clipped.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -54,9 +55,48 @@ TEST_P(Decoding, EverySampleIsInItsPlace) {
   }
 }
 
+// What the ffmpeg command makes of a song: it cuts other ends off, and puts nothing
+// in its place.
+Sound decodedByFfmpeg(const std::filesystem::path& file, int channels) {
+  const auto raw = file.parent_path() / "decoded.raw";
+  run({"ffmpeg", "-v", "error", "-y", "-i", file.string(), "-f", "f32le", raw.string()});
+  const auto bytes = readBytes(raw);
+  const auto count = static_cast<std::size_t>(channels);
+  Sound sound{.channels = std::vector<std::vector<float>>(count)};
+  for (std::size_t i = 0; i < bytes.size() / sizeof(float); ++i) {
+    float sample = 0;
+    std::memcpy(&sample, bytes.data() + i * sizeof(float), sizeof sample);
+    sound.channels[i % count].push_back(sample);
+  }
+  return sound;
+}
+
+Sound part(const Sound& sound, std::size_t begin, std::size_t end) {
+  Sound result{sound.rate, {}};
+  for (const auto& channel : sound.channels) {
+    result.channels.emplace_back(channel.begin() + std::ptrdiff_t(begin),
+                                 channel.begin() + std::ptrdiff_t(end));
+  }
+  return result;
+}
+
+TEST_P(Decoding, NothingIsMissingBetweenBlocksOfAnyLength) {
+  constexpr std::size_t edge = 8'192;
+  constexpr float rounding = 1e-3F;  // the command may choose a decoder of 16 bits
+  const auto file = make(attacks(GetParam().rate, GetParam().channels, 3 * sourceLength));
+  const Sound decoded = readAll(file);
+  const Sound expected = decodedByFfmpeg(file, GetParam().channels);
+  const Sound middle = part(decoded, edge, decoded.frames() - edge);
+  std::size_t at = 0;
+  while (greatestDifference(expected, at, part(middle, 0, 100)) > rounding) {
+    ASSERT_LT(++at, 2 * edge) << "its beginning is nowhere";
+  }
+  EXPECT_LE(greatestDifference(expected, at, middle), rounding);
+}
+
 TEST_P(Decoding, SeekDeliversTheSamplesOfADecodeFromTheStart) {
   const auto file =
-      make(test::song(GetParam().rate, GetParam().channels, std::size_t{7} * 44'100 + 77));
+      make(attacks(GetParam().rate, GetParam().channels, std::size_t{7} * 44'100 + 77));
   const Sound whole = readAll(file);
   const auto song = openSong(file);
   std::mt19937_64 random(7);

@@ -130,7 +130,8 @@ std::vector<SongFormat> makeFormats() {
       lossy("Mp4Opus", "song.mp4", ffmpeg({"-c:a", "libopus"}), source, 48'000),
       // FFmpeg's encoder puts one block before the song, and its decoder leaves two out.
       lossy("Wma", "song.wma", ffmpeg({"-c:a", "wmav2"}), inPackets(source, 2048) - 2048),
-      mono(lossy("Amr", "song.amr-nb", {"sox", "{in}", "{out}"}, inPackets(source, 160), 8'000)),
+      mono(lossy("Amr", "song.amr", {"sox", "{in}", "-t", "amr-nb", "{out}"},
+                 inPackets(source, 160), 8'000)),
       mono(lossy("AmrWideband", "song.awb",
                  shell("sox $0 -r 16000 -c 1 $1.wav\n'" ENCODE_AMR_WB "' $1.wav $1"),
                  inPackets(source, 320), 16'000)),

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -119,6 +120,36 @@ TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
   for (std::size_t i = 10'000; i < 40'000; ++i) same += tone.channels[0][i] * second.channels[0][i];
   EXPECT_GT(same / 30'000, 0.03) << "the tone of 220 Hz keeps its pitch and phase";
   expectSeeksToBeExact("chain.ogg");
+}
+
+// The checksum of an Ogg page, of which its own four bytes are 0 (RFC 3533, 6).
+std::uint32_t oggChecksum(std::span<const std::uint8_t> page) {
+  std::uint32_t crc = 0;
+  for (const std::uint8_t byte : page) {
+    crc ^= std::uint32_t{byte} << 24U;
+    for (int bit = 0; bit < 8; ++bit) crc = crc << 1U ^ (crc >> 31U) * 0x04C1'1DB7U;
+  }
+  return crc;
+}
+
+TEST_F(Streams, LastOggPageNeedNotBeMarked) {
+  writeWav(file("s.wav"), attacks(44'100, 2, 3 * sourceLength));
+  run({"oggenc", "-Q", "-o", file("a.ogg"), file("s.wav")});
+  const Sound marked = readAll(file("a.ogg"));
+
+  auto bytes = readBytes(file("a.ogg"));
+  constexpr std::array<std::uint8_t, 4> pattern{'O', 'g', 'g', 'S'};
+  const auto found = std::ranges::find_end(bytes, pattern);
+  const auto page = std::span(found.begin(), bytes.end());
+  ASSERT_EQ(page[5] & 4, 4);
+  page[5] &= 0xFB;
+  std::ranges::fill(page.subspan(22, 4), 0);
+  const std::uint32_t crc = oggChecksum(page);
+  for (std::size_t i = 0; i < 4; ++i) page[22 + i] = static_cast<std::uint8_t>(crc >> 8 * i);
+  writeBytes(file("b.ogg"), bytes);
+  const Sound unmarked = readAll(file("b.ogg"));
+  EXPECT_EQ(unmarked.frames(), marked.frames());
+  EXPECT_EQ(greatestDifference(marked, 0, unmarked), 0);
 }
 
 TEST_F(Streams, TagOfFraunhofersEncoderIsNoSound) {
