@@ -9,6 +9,7 @@
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/FileCache.h"
 #include "platform/ffmpeg/OggPages.h"
+#include "platform/ffmpeg/PaddedWav.h"
 #include "platform/ffmpeg/PcmAudioFile.h"
 
 namespace quibel::ffmpeg {
@@ -42,6 +43,9 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared
   if (!input->isPart() && std::string_view((*demuxer)->format().iformat->name) == "ogg") {
     const auto links = oggLinks(*input);
     if (links.size() > 1) return ChainedAudioFile::open(input, links);
+  }
+  if (const auto padded = readPaddedWav(*input)) {
+    return std::make_unique<PcmAudioFile>(std::move(input), *padded);
   }
   if (PcmAudioFile::canRead(**demuxer)) return PcmAudioFile::open(std::move(input), **demuxer);
   return CodedAudioFile::open(std::move(input), std::move(*demuxer), length);

@@ -40,6 +40,10 @@ platform::Result<ByteRange> rangeOfPackets(Input& input, Demuxer& demuxer, int l
   return range;
 }
 
+std::int64_t frameSizeOf(const PcmLayout& layout) {
+  return std::int64_t{bytesPerSample(layout.codec)} * layout.channels;
+}
+
 }  // namespace
 
 bool PcmAudioFile::canRead(const Demuxer& demuxer) {
@@ -54,37 +58,42 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
   const AVStream& stream = demuxer.stream();
   const AVCodecParameters& codec = *stream.codecpar;
   const std::string_view name(demuxer.format().iformat->name);
-  std::unique_ptr<PcmAudioFile> file(new PcmAudioFile);
-  file->format_ = {static_cast<double>(codec.sample_rate),
-                   static_cast<std::uint32_t>(codec.ch_layout.nb_channels)};
-  file->codec_ = codec.codec_id;
-  file->frameSize_ = std::int64_t{bytesPerSample(codec.codec_id)} * codec.ch_layout.nb_channels;
-
+  PcmLayout layout{
+      .codec = codec.codec_id, .channels = codec.ch_layout.nb_channels, .rate = codec.sample_rate};
+  const std::int64_t frameSize = frameSizeOf(layout);
   const auto head = rangeOfPackets(*input, demuxer, 1);
   if (!head) return std::unexpected(head.error());
   if (head->begin >= 0) {
     // Headers may promise more, or nothing at all, so the end is where the
     // demuxer's last packet ends.
-    file->dataBegin_ = head->begin;
-    const std::int64_t available = (input->size() - head->begin) / file->frameSize_;
+    layout.begin = head->begin;
+    const std::int64_t available = (input->size() - head->begin) / frameSize;
     const std::int64_t stated = stream.duration > 0 ? stream.duration : available;
-    std::int64_t end = head->end;
+    layout.end = head->end;
     if (demuxer.seek(std::max<std::int64_t>(0, std::min(stated, available) - 1))) {
       const auto tail = rangeOfPackets(*input, demuxer, std::numeric_limits<int>::max());
       if (!tail) return std::unexpected(tail.error());
-      end = std::max(end, tail->end);
+      layout.end = std::max(layout.end, tail->end);
     }
     // The way to the last packet may lead over what cannot be read.
     if (input->hasReadError()) return std::unexpected(failureOf(*input));
-    file->length_ = (std::min(end, input->size()) - head->begin) / file->frameSize_;
+    layout.end = std::min(layout.end, input->size());
     // The demuxer of AU takes what follows the samples for more of them.
     if (name == "au" && stream.duration > 0) {
-      file->length_ = std::min(file->length_, stream.duration);
+      layout.end =
+          std::min(layout.end, layout.begin + std::min(stream.duration, available) * frameSize);
     }
   }
-  file->input_ = std::move(input);
-  return file;
+  return std::make_unique<PcmAudioFile>(std::move(input), layout);
 }
+
+PcmAudioFile::PcmAudioFile(std::shared_ptr<Input> input, const PcmLayout& layout)
+    : input_(std::move(input)),
+      format_{static_cast<double>(layout.rate), static_cast<std::uint32_t>(layout.channels)},
+      codec_(layout.codec),
+      frameSize_(frameSizeOf(layout)),
+      dataBegin_(layout.begin),
+      length_((layout.end - layout.begin) / frameSize_) {}
 
 std::unique_ptr<platform::AudioPCMBuffer> PcmAudioFile::makeBuffer(
     std::uint32_t frameCapacity) const {

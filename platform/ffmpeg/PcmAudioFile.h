@@ -5,6 +5,7 @@
 
 #include "platform/AudioFile.h"
 #include "platform/ffmpeg/Demuxer.h"
+#include "platform/ffmpeg/PaddedWav.h"
 
 namespace quibel::ffmpeg {
 
@@ -18,6 +19,9 @@ class PcmAudioFile final : public platform::AudioFile {
   static platform::Result<std::unique_ptr<platform::AudioFile>> open(std::shared_ptr<Input> input,
                                                                      Demuxer& demuxer);
 
+  /// A song whose samples lie where `layout` says.
+  PcmAudioFile(std::shared_ptr<Input> input, const PcmLayout& layout);
+
   std::int64_t length() const override { return length_; }
   platform::AudioFormat processingFormat() const override { return format_; }
   std::int64_t framePosition() const override { return position_; }
@@ -26,14 +30,12 @@ class PcmAudioFile final : public platform::AudioFile {
   platform::Result<void> seek(std::int64_t frame) override;
 
  private:
-  PcmAudioFile() = default;
-
   std::shared_ptr<Input> input_;
   platform::AudioFormat format_;
-  AVCodecID codec_ = AV_CODEC_ID_NONE;
-  std::int64_t frameSize_ = 0;  ///< bytes
-  std::int64_t dataBegin_ = 0;  ///< byte position of the first frame
-  std::int64_t length_ = 0;
+  AVCodecID codec_;
+  std::int64_t frameSize_;  ///< bytes
+  std::int64_t dataBegin_;  ///< byte position of the first frame
+  std::int64_t length_;
   std::int64_t position_ = 0;
   std::vector<std::uint8_t> bytes_;
 };

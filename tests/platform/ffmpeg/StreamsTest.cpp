@@ -122,6 +122,56 @@ TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
   expectSeeksToBeExact("chain.ogg");
 }
 
+void append(std::vector<std::uint8_t>& bytes, std::uint32_t value, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+}
+
+TEST_F(Streams, SamplesOfAWavFileMayFillTheUpperPartOfTheirBytes) {
+  const Sound source = song(44'100, 2, sourceLength);
+  writeWav(file("s.wav"), source);
+  const auto plain = readBytes(file("s.wav"));
+  constexpr std::size_t header = 44;
+  const auto samples = std::span(plain).subspan(header);
+  struct Padded {
+    std::uint32_t validBits;
+    std::uint32_t size;  // of a sample, in bytes
+  };
+  for (const auto [validBits, size] : {Padded{24, 4}, {20, 4}, {16, 4}, {16, 3}}) {
+    const auto dataSize = static_cast<std::uint32_t>(samples.size() / 2 * size);
+    std::vector<std::uint8_t> bytes(plain.begin(), plain.begin() + 12);
+    append(bytes, 0x20746D66, 4);  // "fmt "
+    append(bytes, 40, 4);
+    append(bytes, 0xFFFE, 2);
+    append(bytes, 2, 2);
+    append(bytes, 44'100, 4);
+    append(bytes, 44'100 * 2 * size, 4);
+    append(bytes, 2 * size, 2);
+    append(bytes, 8 * size, 2);
+    append(bytes, 22, 2);
+    append(bytes, validBits, 2);
+    append(bytes, 3, 4);
+    // PCM's own name: 00000001-0000-0010-8000-00AA00389B71.
+    append(bytes, 1, 4);
+    append(bytes, 0x0010'0000, 4);
+    append(bytes, 0xAA00'0080, 4);
+    append(bytes, 0x719B'3800, 4);
+    append(bytes, 0x61746164, 4);  // "data"
+    append(bytes, dataSize, 4);
+    for (std::size_t i = 0; i < samples.size(); i += 2) {
+      append(bytes, 0, size - 2);
+      bytes.insert(bytes.end(), {samples[i], samples[i + 1]});
+    }
+    append(bytes, 0x5453494C, 4);  // "LIST", which is no sound
+    append(bytes, 4, 4);
+    append(bytes, 0, 4);
+    writeBytes(file("a.wav"), bytes);
+    const Sound decoded = readAll(file("a.wav"));
+    EXPECT_EQ(decoded.frames(), sourceLength) << validBits << " in " << size;
+    EXPECT_EQ(greatestDifference(quantized(source, WavFormat::signed16), 0, decoded), 0)
+        << validBits << " in " << size;
+  }
+}
+
 // The checksum of an Ogg page, of which its own four bytes are 0 (RFC 3533, 6).
 std::uint32_t oggChecksum(std::span<const std::uint8_t> page) {
   std::uint32_t crc = 0;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "platform/ffmpeg/Input.h"
+#include "platform/ffmpeg/Pointers.h"
+
+namespace quibel::ffmpeg {
+
+/// Where a file's plain samples lie, and what they are.
+struct PcmLayout {
+  AVCodecID codec = AV_CODEC_ID_NONE;
+  int channels = 0;
+  int rate = 0;            ///< frames per second
+  std::int64_t begin = 0;  ///< byte position of the first frame
+  std::int64_t end = 0;    ///< and behind the last byte, within the file
+
+  friend bool operator==(const PcmLayout&, const PcmLayout&) = default;
+};
+
+/// The samples of a WAV file that says that they fill only the upper part of their bytes
+/// (WAVE_FORMAT_EXTENSIBLE, whole numbers): FFmpeg takes the part for the whole. Nothing
+/// for any other file.
+std::optional<PcmLayout> readPaddedWav(Input& input);
+
+}  // namespace quibel::ffmpeg
