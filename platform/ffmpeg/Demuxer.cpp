@@ -100,7 +100,8 @@ platform::Result<std::unique_ptr<Demuxer>> Demuxer::open(const std::shared_ptr<I
     return std::unexpected(makeError(Failure::damaged));
   }
   // Of a raw stream that changes its rate, FFmpeg takes the last one it looked at.
-  if (std::string_view(kind->name) == "mp3") {
+  demuxer->isMpeg_ = std::string_view(kind->name) == "mp3";
+  if (demuxer->isMpeg_) {
     if (const auto header = readFirstMpegHeader(*input)) {
       demuxer->stream_->codecpar->sample_rate = header->sampleRate;
     }
@@ -118,7 +119,11 @@ Demuxer::Status Demuxer::read(AVPacket& packet) {
     // a failed read for the end too, so that is asked of the input itself.
     if (code < 0)
       return input_->hasReadError() || input_->stopRequested() ? Status::error : Status::end;
-    if (packet.stream_index == stream_->index) return Status::packet;
+    if (packet.stream_index != stream_->index) continue;
+    // Songs joined behind each other have tags between them, which are no lost sound.
+    const auto bytes = std::span(packet.data, static_cast<std::size_t>(packet.size));
+    if (isMpeg_ && beginsTag(bytes)) continue;
+    return Status::packet;
   }
 }
 

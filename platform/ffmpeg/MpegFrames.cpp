@@ -42,22 +42,47 @@ bool startsWith(std::span<const std::uint8_t> bytes, std::string_view text) {
   return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
 
-// An ID3v2 tag's size stands in four bytes of seven bits (ID3v2.4.0, 3.1).
+// The size of an ID3v2 tag by its ten first bytes: it stands in four bytes of seven bits
+// (ID3v2.4.0, 3.1).
+std::int64_t sizeOfID3(std::span<const std::uint8_t> header) {
+  std::int64_t size = 0;
+  for (const std::uint8_t byte : header.subspan(6, 4)) size = size << 7 | (byte & 0x7F);
+  const bool hasFooter = (header[5] & 0x10U) != 0;
+  return size + (hasFooter ? 20 : 10);
+}
+
 std::int64_t skipTags(Input& input) {
   std::int64_t position = 0;
   std::array<std::uint8_t, 10> header{};
   while (input.readAt(position, header) == 10 && startsWith(header, "ID3")) {
-    std::int64_t size = 0;
-    for (const std::uint8_t byte : std::span(header).subspan(6)) size = size << 7 | (byte & 0x7F);
-    const bool hasFooter = (header[5] & 0x10U) != 0;
-    position += size + (hasFooter ? 20 : 10);
+    position += sizeOfID3(header);
   }
   return position;
 }
 
-bool isTagAtTheEnd(std::span<const std::uint8_t> bytes) {
-  return startsWith(bytes, "TAG") || startsWith(bytes, "APETAGEX") ||
-         startsWith(bytes, "LYRICSBEGIN") || startsWith(bytes, "ID3");
+// The position behind the tags that a song ends with. Where one does not tell its size
+// that is the end of the file.
+std::int64_t skipTagsAtTheEnd(Input& input, std::int64_t position) {
+  while (position < input.size()) {
+    std::array<std::uint8_t, 32> header{};
+    if (input.readAt(position, header) < 10) break;
+    if (startsWith(header, "TAG")) {
+      position += 128;  // ID3v1
+    } else if (startsWith(header, "ID3")) {
+      position += sizeOfID3(header);
+    } else if (startsWith(header, "APETAGEX")) {
+      // APEv2: bit 29 of the flags tells a header, which its size does not count.
+      std::int64_t size = 0;
+      for (std::size_t i = 16; i > 12; --i) size = size << 8 | header[i - 1];
+      const bool isHeader = (header[23] & 0x20U) != 0;
+      position += std::ssize(header) + (isHeader ? size : 0);
+    } else if (startsWith(header, "LYRICSBEGIN")) {
+      return input.size();
+    } else {
+      break;
+    }
+  }
+  return position;
 }
 
 std::optional<MpegHeader> headerAt(Input& input, std::int64_t position) {
@@ -160,6 +185,11 @@ std::optional<MpegTag> readMpegTag(Input& input) {
   return tag;
 }
 
+bool beginsTag(std::span<const std::uint8_t> bytes) {
+  return startsWith(bytes, "TAG") || startsWith(bytes, "APETAGEX") ||
+         startsWith(bytes, "LYRICSBEGIN") || startsWith(bytes, "ID3");
+}
+
 std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position) {
   std::vector<std::uint8_t> block(std::size_t{256} << 10);
   std::int64_t blockBegin = 0;
@@ -180,7 +210,7 @@ std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position)
     if (!header || (first && !header->isLike(*first))) {
       if (!first) return std::nullopt;
       // Frames behind what is none: the stream is broken here, and goes on.
-      if (!isTagAtTheEnd(bytes) && findFrame(input, position, input.size())) return std::nullopt;
+      if (findFrame(input, skipTagsAtTheEnd(input, position), input.size())) return std::nullopt;
       break;
     }
     if (!first) {

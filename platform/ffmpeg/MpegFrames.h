@@ -28,6 +28,9 @@ struct MpegHeader {
 /// Nothing for what is no header, and for the format without a stated bit rate.
 std::optional<MpegHeader> parseMpegHeader(std::span<const std::uint8_t> bytes);
 
+/// Whether a tag of a song begins here, as stands before, behind and between songs.
+bool beginsTag(std::span<const std::uint8_t> bytes);
+
 /// What the tag in a file's first frame ("Xing" or "Info") says.
 struct MpegTag {
   std::int64_t position = 0;  ///< of its frame in the file, in bytes

@@ -241,6 +241,30 @@ TEST_F(Streams, MatroskaLeavesOutTheDelayThatItNotes) {
   }
 }
 
+TEST_F(Streams, SongsJoinedWithTheirTagsAreAllThere) {
+  const Sound one = song(44'100, 2, sourceLength, 1);
+  const Sound other = song(44'100, 2, sourceLength, 2);
+  writeWav(file("one.wav"), one);
+  writeWav(file("other.wav"), other);
+  // A picture of a million bytes, as if hours of sound were lost.
+  const std::vector<std::uint8_t> noise(1'000'000, 0x55);
+  run({"lame", "--quiet", "--id3v1-only", "--tt", "Uno", file("one.wav"), file("a.mp3")});
+  run({"lame", "--quiet", file("other.wav"), file("b.mp3")});
+  std::vector<std::uint8_t> tag{'I', 'D', '3', 3, 0, 0, 0, 61, 4, 64};  // 1,000,000 in sevens
+  tag.insert(tag.end(), noise.begin(), noise.end());
+  writeBytes(file("tag"), tag);
+  concatenate("a.mp3", "tag", "c.mp3");
+  concatenate("c.mp3", "b.mp3", "d.mp3");
+
+  const Sound joined = readAll(file("d.mp3"));
+  // The other's delay and its frame of notes are sound here.
+  EXPECT_NEAR(static_cast<double>(joined.frames()), 2.0 * sourceLength, 4 * 1152);
+  EXPECT_EQ(lagBehind(one, joined, 1200, 20'000, 20'000), 0);
+  const int lag = lagBehind(other, joined, sourceLength + 4 * 1152, 20'000, 20'000);
+  EXPECT_NEAR(lag, sourceLength, 4 * 1152);
+  expectSeeksToBeExact("d.mp3");
+}
+
 TEST_F(Streams, FreeFormatIsRefusedWithASentence) {
   writeWav(file("s.wav"), song(44'100, 2, sourceLength));
   run({"lame", "--quiet", "-t", "--freeformat", "-b", "200", file("s.wav"), file("free.mp3")});
