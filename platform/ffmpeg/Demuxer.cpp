@@ -100,6 +100,7 @@ platform::Result<std::unique_ptr<Demuxer>> Demuxer::open(const std::shared_ptr<I
     return std::unexpected(makeError(Failure::damaged));
   }
   // Of a raw stream that changes its rate, FFmpeg takes the last one it looked at.
+  demuxer->isOgg_ = std::string_view(kind->name) == "ogg";
   demuxer->isMpeg_ = std::string_view(kind->name) == "mp3";
   if (demuxer->isMpeg_) {
     if (const auto header = readFirstMpegHeader(*input)) {
@@ -112,8 +113,11 @@ platform::Result<std::unique_ptr<Demuxer>> Demuxer::open(const std::shared_ptr<I
 Demuxer::Status Demuxer::read(AVPacket& packet) {
   while (true) {
     av_packet_unref(&packet);
+    const std::int64_t begin = avio_tell(io_.io());
     const int code = av_read_frame(format_.get(), &packet);
     if (code == AVERROR(EAGAIN)) continue;
+    // Ogg's demuxer gives up after 64 KB without a page, and goes on if it is asked again.
+    if (code == AVERROR_INVALIDDATA && isOgg_ && avio_tell(io_.io()) > begin) continue;
     if (code == AVERROR_EXIT || code == AVERROR(ENOMEM)) return Status::error;
     // What a demuxer cannot make sense of is the end of what it can deliver. It may take
     // a failed read for the end too, so that is asked of the input itself.

@@ -42,6 +42,7 @@ class Demuxer {
   InputStream io_;
   InputFormatPointer format_;
   AVStream* stream_ = nullptr;
+  bool isOgg_ = false;
   bool isMpeg_ = false;  ///< raw MPEG audio
 };
 

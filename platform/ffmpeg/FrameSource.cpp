@@ -87,6 +87,11 @@ FrameSource::Fed FrameSource::feed() {
     pendingPosition_ = clock_.position(*packet_);
   }
   packetIsPending_ = false;
+  const auto duration = clock_.duration().value_or(0);
+  // Behind a loss the decoder begins anew, as it would behind a seek to there.
+  if (pendingPosition_ && sentEnd_ && *pendingPosition_ > *sentEnd_) decoder_.flush();
+  sentEnd_ = std::nullopt;
+  if (pendingPosition_ && duration > 0) sentEnd_ = *pendingPosition_ + duration;
   if (!firstPacketPosition_) firstPacketPosition_ = std::max<std::int64_t>(packet_->pos, 0);
   packet_->pts = pendingPosition_.value_or(AV_NOPTS_VALUE);
   packet_->dts = packet_->pts;
@@ -211,6 +216,7 @@ void FrameSource::forget() {
   converter_.reset();
   isConverting_ = false;
   packetIsPending_ = false;
+  sentEnd_ = std::nullopt;
   ended_ = false;
 }
 

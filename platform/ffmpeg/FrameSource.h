@@ -128,6 +128,7 @@ class FrameSource {
   bool isConverting_ = false;
   bool packetIsPending_ = false;  ///< packet_ was read, and not yet sent
   std::optional<std::int64_t> pendingPosition_;
+  std::optional<std::int64_t> sentEnd_;  ///< where the packet ended that was sent last
   std::optional<std::int64_t> firstPacketPosition_;
   bool ended_ = false;
   std::int64_t position_ = 0;

@@ -89,6 +89,38 @@ TEST_F(Damage, LostOggPageBecomesSilenceAndLeavesTheRestInItsPlace) {
   }
 }
 
+TEST_F(Damage, LargeHoleInOggLeavesTheRestInItsPlace) {
+  for (const char* name : {"Vorbis", "Opus", "OggFlac"}) {
+    const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
+    ASSERT_NE(format, songFormats().end()) << name;
+    writeWav(file("s.wav"), song(format->rate, 2, std::size_t{60} * 44'100));
+    const auto path = makeSong(*format, file("s.wav"));
+    const Sound whole = readAll(path);
+    auto bytes = readBytes(path);
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 3);
+    std::fill_n(begin, 200'000, std::uint8_t{0});
+    writeBytes(path, bytes);
+    const Sound damaged = readAll(path);
+    ASSERT_EQ(damaged.frames(), whole.frames()) << name;
+    const std::size_t behind = whole.frames() * 3 / 4;
+    const auto song = openSong(path);
+    ASSERT_TRUE(song->seek(static_cast<std::int64_t>(behind)));
+    const Sound rest = readFrames(*song, 500'000);
+    EXPECT_LE(greatestDifference(whole, behind, rest), 1e-6F) << name;
+    EXPECT_LE(greatestDifference(damaged, behind, rest), 1e-6F) << name;
+  }
+}
+
+TEST_F(Damage, SeeksBehindALostOpusPageAreExact) {
+  decodedAndDamaged("song.opus", {"opusenc", "--quiet", "{in}", "{out}"}, 20);
+  const Sound damaged = readAll(file("song.opus"));
+  const auto song = openSong(file("song.opus"));
+  for (std::size_t frame = 120'000; frame < 400'000; frame += 3'001) {
+    ASSERT_TRUE(song->seek(static_cast<std::int64_t>(frame)));
+    EXPECT_LE(greatestDifference(damaged, frame, readFrames(*song, 2'000)), 1e-6F) << frame;
+  }
+}
+
 // As tags of other formats that programs append to any song.
 TEST_F(Damage, WhatIsBehindTheSongIsNoPartOfIt) {
   for (const char* name : {"Vorbis", "Opus", "OggFlac", "Flac", "Mp3ConstantRate", "AacAdts"}) {
