@@ -107,10 +107,12 @@ std::int64_t lastGranule(Input& input, std::uint32_t serial) {
 std::vector<std::int64_t> readOggLinks(Input& input) {
   std::vector<std::int64_t> links;
   bool isAmongFirstPages = false;
+  std::int64_t lastPage = 0;
   for (std::int64_t position = 0; position < input.size() && links.size() < maximumLinks;) {
     const auto page = pageAt(input, position);
     if (!page) {
-      const auto next = links.empty() ? std::nullopt : findPage(input, position);
+      // The last page may be cut, and another song begin within what it should hold.
+      const auto next = links.empty() ? std::nullopt : findPage(input, lastPage + 1);
       if (!next) break;
       position = *next;
       continue;
@@ -118,6 +120,7 @@ std::vector<std::int64_t> readOggLinks(Input& input) {
     const bool begins = (page->flags & beginsStream) != 0;
     if (begins && !isAmongFirstPages) links.push_back(position);
     isAmongFirstPages = begins;
+    lastPage = position;
     position += page->size;
   }
   return links;

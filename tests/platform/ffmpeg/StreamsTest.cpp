@@ -92,6 +92,22 @@ TEST_F(Streams, ChainedOggIsOneSong) {
   expectSeeksToBeExact("chain.ogg");
 }
 
+TEST_F(Streams, OggSongBehindOneThatWasCutIsAllThere) {
+  for (const std::uint32_t seed : {1U, 2U}) {
+    const std::string name = seed == 1 ? "a" : "b";
+    writeWav(file(name + ".wav"), song(44'100, 2, sourceLength, seed));
+    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+  }
+  auto cut = readBytes(file("a.ogg"));
+  cut.resize(cut.size() * 6 / 10);
+  writeBytes(file("cut.ogg"), cut);
+  concatenate("cut.ogg", "b.ogg", "c.ogg");
+  const Sound joined = readAll(file("c.ogg"));
+  ASSERT_GT(joined.frames(), sourceLength * 14 / 10);
+  EXPECT_EQ(greatestDifference(joined, joined.frames() - sourceLength, readAll(file("b.ogg"))), 0);
+  expectSeeksToBeExact("c.ogg");
+}
+
 TEST_F(Streams, AnOggFileThatAnotherSongIsJoinedToIsLookedAtAgain) {
   writeWav(file("one.wav"), song(44'100, 2, sourceLength));
   run({"oggenc", "-Q", "-o", file("one.ogg"), file("one.wav")});
