@@ -65,7 +65,9 @@ platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
     if (rate && rate != firstRate) tally.changes = true;
     const std::int64_t position = clock.position(*packet).value_or(next);
     const auto duration = clock.duration();
-    if (!duration) tally.isCountable = false;
+    // What is no frame of FLAC's any more tells none; the next one is numbered.
+    const bool isNumbered = demuxer.stream().codecpar->codec_id == AV_CODEC_ID_FLAC;
+    if (!duration && !(isNumbered && clock.kind() == Clock::timestamps)) tally.isCountable = false;
     const Padding padding = paddingOf(*packet);
     if (tally.packets == 0) {
       counted = {.begin = position, .skip = padding.skip, .end = position, .packetEnd = position};

@@ -59,6 +59,18 @@ TEST_F(Damage, FailingFlacPacketBecomesSilenceOfItsLength) {
   EXPECT_TRUE(difference.isSilent);
 }
 
+// Who writes into a pipe cannot go back to tell how long it was.
+TEST_F(Damage, HoleInFlacWithoutALengthLeavesTheRestInItsPlace) {
+  const Sound whole = decodedAndDamaged(
+      "song.flac", {"sh", "-ec", "ffmpeg -v error -i $0 -f flac - > $1", "{in}", "{out}"}, 60'000);
+  const Sound damaged = readAll(file("song.flac"));
+  ASSERT_EQ(damaged.frames(), whole.frames());
+  const Difference difference = compare(whole, damaged);
+  EXPECT_GT(difference.last - difference.first, 2U * 4096);
+  EXPECT_LT(difference.last, 340'000U);
+  EXPECT_TRUE(difference.isSilent);
+}
+
 TEST_F(Damage, FailingAacPacketsLeaveTheRestInItsPlace) {
   const Sound whole = decodedAndDamaged(
       "song.m4a", {"ffmpeg", "-v", "error", "-i", "{in}", "-aac_pns", "0", "{out}"}, 3000);
