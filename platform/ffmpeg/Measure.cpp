@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/ffmpeg/CafPackets.h"
 #include "platform/ffmpeg/Errors.h"
 #include "platform/ffmpeg/FileCache.h"
 #include "platform/ffmpeg/MovieBoxes.h"
@@ -169,11 +170,24 @@ class Measurement {
         {counted.skip, codec_.initial_padding, paddingOf(opened_.decodedFrame()).skip});
     // Edit lists are applied afterwards.
     if (isMovie()) counted.skip = 0;
+    if (container_ == "caf") trimToCafPackets(counted);
     std::optional<std::int64_t> headerLength;
     if (isLengthStated() && stream_.duration > 0 && codec_.codec_id != AV_CODEC_ID_FLAC) {
       headerLength = inFrames(stream_.duration);
     }
     return extentOf(counted, headerLength);
+  }
+
+  // Only a table that has all the frames there are is one of this stream.
+  void trimToCafPackets(Counted& counted) const {
+    const auto packets = readCafPackets(*input_);
+    const std::int64_t frames = counted.packetEnd - counted.begin;
+    if (!packets || packets->song <= 0 || packets->song > frames || packets->priming > frames ||
+        packets->song + packets->priming + packets->remainder != frames) {
+      return;
+    }
+    counted.skip = packets->priming;
+    counted.end = counted.packetEnd - packets->remainder;
   }
 
   // Granule positions are the truth about an Ogg stream's ends; the times that
