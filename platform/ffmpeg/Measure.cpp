@@ -64,8 +64,8 @@ class Measurement {
 
   platform::Result<Extent> countedExtent() {
     if (plan_.clock == Clock::decoding) return decodedExtent();
-    if (isMovie()) {
-      if (const auto indexed = movieIndexExtent()) return *indexed;
+    if (isMovie() || container_ == "ape") {
+      if (const auto indexed = indexExtent()) return *indexed;
     }
     if (container_ == "mp3") {
       if (const auto unbroken = mpegFileExtent()) return *unbroken;
@@ -81,8 +81,9 @@ class Measurement {
     return packetExtent();
   }
 
-  // The index of an MP4 file that is all there. Fragments are not in it.
-  std::optional<Extent> movieIndexExtent() const {
+  // The index of an MP4 or Monkey's Audio file that is all there. Fragments of MP4 are
+  // not in it.
+  std::optional<Extent> indexExtent() const {
     // Reading the index does not change the stream, but takes it as one that could.
     auto* const stream = const_cast<AVStream*>(&stream_);
     const int entries = avformat_index_get_entries_count(stream);

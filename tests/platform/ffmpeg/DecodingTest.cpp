@@ -159,6 +159,22 @@ TEST(Seeking, FindsAPlaceAgainWithoutReadingAllThatIsBeforeIt) {
   }
 }
 
+TEST(IndexedLength, IsKnownWithoutReadingTheSong) {
+  for (const char* name : {"AacM4a", "Alac", "MonkeysAudio"}) {
+    const auto format = std::ranges::find(songFormats(), name, &SongFormat::name);
+    ASSERT_NE(format, songFormats().end()) << name;
+    const TemporaryDirectory directory;
+    const auto wav = directory.path() / "source.wav";
+    constexpr std::size_t length = std::size_t{180} * 44'100 + 77;
+    writeWav(wav, test::song(format->rate, 2, length));
+    const auto file = makeSong(*format, wav);
+    const auto before = bytesRead();
+    EXPECT_EQ(openSong(file)->length(), static_cast<std::int64_t>(length)) << name;
+    EXPECT_LT(bytesRead() - before, static_cast<std::int64_t>(std::filesystem::file_size(file)) / 2)
+        << name;
+  }
+}
+
 // Formats whose packets do not tell their lengths, or of which there is no index.
 TEST(StatedLength, IsKnownBeforeTheSongIsReadAndForgottenForTheExactOne) {
   for (const char* name : {"Wma", "Amr", "Eac3", "WavPack", "MatroskaFlac", "OggFlac"}) {
