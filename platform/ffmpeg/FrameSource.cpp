@@ -39,8 +39,8 @@ std::int64_t PacketClock::vorbisPosition(const AVPacket& packet, std::int64_t st
   const std::int64_t frames = duration_.value_or(0);
   const std::int64_t begin = following_.value_or(stated);
   const std::int64_t ahead = stated - begin;
-  const std::int64_t own = av_rescale_q(packet.duration, timeBase_, {1, outputRate_});
-  const bool isShort = ahead + early_ == frames - own;
+  const std::int64_t told = av_rescale_q(packet.duration, timeBase_, {1, outputRate_});
+  const bool isShort = ahead + early_ == frames - told;
   const bool isEarly = -largestBlock < ahead && ahead <= 0;
   if (!isShort) early_ = isEarly ? -ahead : 0;
   const std::int64_t position = isShort || isEarly ? begin : stated;

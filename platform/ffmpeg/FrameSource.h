@@ -38,10 +38,10 @@ class PacketClock {
   std::optional<std::int64_t> duration() const { return duration_; }
 
  private:
-  // FFmpeg gives the first short block behind a long one in Ogg only its own part of what
-  // the two overlap to, and with it a later time: it is told by its end. The last page, if
-  // it is not marked as such, comes early by what is cut off its end. Else times that do
-  // not follow are true: something was lost.
+  // Where a packet lies whose stated time is not where the last one ended. In Ogg, FFmpeg
+  // makes the first short block behind a long one shorter than it is, and its time later
+  // by as much: only its end is true. And the last page comes early by what is cut off its
+  // end, if it is not marked as the last. Any other time is true: something was lost.
   std::int64_t vorbisPosition(const AVPacket& packet, std::int64_t stated);
 
   Clock kind_;
