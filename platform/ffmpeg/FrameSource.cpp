@@ -88,8 +88,11 @@ FrameSource::Fed FrameSource::feed() {
   }
   packetIsPending_ = false;
   const auto duration = clock_.duration().value_or(0);
-  // Behind a loss the decoder begins anew, as it would behind a seek to there.
-  if (pendingPosition_ && sentEnd_ && *pendingPosition_ > *sentEnd_) decoder_.flush();
+  // Behind a loss the decoder begins anew, as it would behind a seek to there. Less than
+  // a packet is none, but times that a recorder took from a clock.
+  if (pendingPosition_ && sentEnd_ &&
+      *pendingPosition_ >= *sentEnd_ + std::max<std::int64_t>(duration, 1))
+    decoder_.flush();
   sentEnd_ = std::nullopt;
   if (pendingPosition_ && duration > 0) sentEnd_ = *pendingPosition_ + duration;
   if (!firstPacketPosition_) firstPacketPosition_ = std::max<std::int64_t>(packet_->pos, 0);
