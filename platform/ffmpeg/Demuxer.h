@@ -34,6 +34,7 @@ class Demuxer {
 
   const AVStream& stream() const { return *stream_; }
   const AVFormatContext& format() const { return *format_; }
+  bool isOgg() const { return isOgg_; }
 
  private:
   explicit Demuxer(const std::shared_ptr<Input>& input) : input_(input), io_(input) {}

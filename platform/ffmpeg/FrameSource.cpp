@@ -7,13 +7,13 @@
 
 namespace quibel::ffmpeg {
 
-PacketClock::PacketClock(Clock kind, const AVStream& stream, int outputRate)
+PacketClock::PacketClock(Clock kind, const Demuxer& demuxer, int outputRate)
     : kind_(kind),
-      timeBase_(stream.time_base),
-      codedRate_(stream.codecpar->sample_rate),
+      timeBase_(demuxer.stream().time_base),
+      codedRate_(demuxer.stream().codecpar->sample_rate),
       outputRate_(outputRate),
-      durationOf_(stream),
-      isVorbis_(stream.codecpar->codec_id == AV_CODEC_ID_VORBIS) {}
+      durationOf_(demuxer.stream()),
+      isOggVorbis_(demuxer.isOgg() && demuxer.stream().codecpar->codec_id == AV_CODEC_ID_VORBIS) {}
 
 std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
   duration_ = durationOf_(packet);
@@ -24,7 +24,7 @@ std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
     case Clock::timestamps: {
       if (packet.pts == AV_NOPTS_VALUE) return std::nullopt;
       const std::int64_t stated = av_rescale_q(packet.pts, timeBase_, {1, outputRate_});
-      return isVorbis_ ? vorbisPosition(packet, stated) : stated;
+      return isOggVorbis_ ? oggVorbisPosition(packet, stated) : stated;
     }
     case Clock::durations:
       return std::exchange(next_, next_ + duration_.value_or(0));
@@ -34,7 +34,7 @@ std::optional<std::int64_t> PacketClock::position(const AVPacket& packet) {
   return std::nullopt;
 }
 
-std::int64_t PacketClock::vorbisPosition(const AVPacket& packet, std::int64_t stated) {
+std::int64_t PacketClock::oggVorbisPosition(const AVPacket& packet, std::int64_t stated) {
   constexpr std::int64_t largestBlock = 8192;
   const std::int64_t frames = duration_.value_or(0);
   const std::int64_t begin = following_.value_or(stated);
@@ -66,7 +66,7 @@ FrameSource::FrameSource(std::shared_ptr<Input> input, std::unique_ptr<Demuxer> 
       demuxer_(std::move(demuxer)),
       plan_(plan),
       decoder_(std::move(decoder)),
-      clock_(plan.clock, demuxer_->stream(), plan.outputRate),
+      clock_(plan.clock, *demuxer_, plan.outputRate),
       converter_({static_cast<double>(plan.outputRate), static_cast<std::uint32_t>(plan.channels)}),
       packet_(av_packet_alloc()),
       frame_(av_frame_alloc()) {
@@ -89,10 +89,12 @@ FrameSource::Fed FrameSource::feed() {
   packetIsPending_ = false;
   const auto duration = clock_.duration().value_or(0);
   // Behind a loss the decoder begins anew, as it would behind a seek to there. Less than
-  // a packet is none, but times that a recorder took from a clock.
-  if (pendingPosition_ && sentEnd_ &&
-      *pendingPosition_ >= *sentEnd_ + std::max<std::int64_t>(duration, 1))
-    decoder_.flush();
+  // a packet is none, but times that a recorder took from a clock. Vorbis forgets what was
+  // before by itself, in a block.
+  const bool isVorbis = demuxer_->stream().codecpar->codec_id == AV_CODEC_ID_VORBIS;
+  const bool isLoss = pendingPosition_ && sentEnd_ && *pendingPosition_ > *sentEnd_ &&
+                      *pendingPosition_ >= *sentEnd_ + duration;
+  if (isLoss && !isVorbis) decoder_.flush();
   sentEnd_ = std::nullopt;
   if (pendingPosition_ && duration > 0) sentEnd_ = *pendingPosition_ + duration;
   if (!firstPacketPosition_) firstPacketPosition_ = std::max<std::int64_t>(packet_->pos, 0);
@@ -165,11 +167,10 @@ bool FrameSource::seeks() const {
 bool FrameSource::readPositionedPacket() {
   // After a seek, FFmpeg guesses the times in the Ogg page where it lands; from
   // the next page on they come from the file.
-  const bool isOgg = std::string_view(demuxer_->format().iformat->name) == "ogg";
   std::optional<std::int64_t> landing;
   while (demuxer_->read(*packet_) == Demuxer::Status::packet) {
     if (!landing) landing = packet_->pos;
-    const bool isGuessed = isOgg && packet_->pos == landing;
+    const bool isGuessed = demuxer_->isOgg() && packet_->pos == landing;
     if (!isGuessed) clock_.forget();
     pendingPosition_ = clock_.position(*packet_);
     if (pendingPosition_ && !isGuessed) return true;

@@ -17,7 +17,7 @@ namespace quibel::ffmpeg {
 /// and padding included; they may begin below 0.
 class PacketClock {
  public:
-  PacketClock(Clock kind, const AVStream& stream, int outputRate);
+  PacketClock(Clock kind, const Demuxer& demuxer, int outputRate);
 
   Clock kind() const { return kind_; }
 
@@ -38,21 +38,21 @@ class PacketClock {
   std::optional<std::int64_t> duration() const { return duration_; }
 
  private:
-  // Where a packet lies whose stated time is not where the last one ended. In Ogg, FFmpeg
-  // makes the first short block behind a long one shorter than it is, and its time later
-  // by as much: only its end is true. And the last page comes early by what is cut off its
+  // Where a packet of Vorbis in Ogg lies, if its stated time is not where the last one
+  // ended. FFmpeg makes the first short block behind a long one shorter than it is, and its time
+  // later by as much: only its end is true. And the last page comes early by what is cut off its
   // end, if it is not marked as the last. Any other time is true: something was lost.
-  std::int64_t vorbisPosition(const AVPacket& packet, std::int64_t stated);
+  std::int64_t oggVorbisPosition(const AVPacket& packet, std::int64_t stated);
 
   Clock kind_;
   AVRational timeBase_;
   int codedRate_;
   int outputRate_;
   PacketDuration durationOf_;
-  bool isVorbis_;
+  bool isOggVorbis_;
   std::optional<std::int64_t> duration_;
-  std::optional<std::int64_t> following_;  ///< of Vorbis: the end of the last packet
-  std::int64_t early_ = 0;                 ///< of Vorbis: how much its page is
+  std::optional<std::int64_t> following_;  ///< of Vorbis in Ogg: the end of the last packet
+  std::int64_t early_ = 0;                 ///< of Vorbis in Ogg: how much its page is
   std::int64_t next_ = 0;
 };
 

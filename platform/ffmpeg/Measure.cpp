@@ -124,7 +124,7 @@ class Measurement {
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
     if (!(*demuxer)->seek(stream_.duration - 1)) return std::nullopt;
-    PacketClock clock(Clock::timestamps, (*demuxer)->stream(), plan_.outputRate);
+    PacketClock clock(Clock::timestamps, **demuxer, plan_.outputRate);
     const auto tail = countPackets(*input_, **demuxer, clock, allPackets);
     if (!tail) return std::unexpected(tail.error());
     if (tail->changes || tail->packets == 0 || tail->counted.end != stream_.duration) {
@@ -136,7 +136,7 @@ class Measurement {
   platform::Result<Extent> packetExtent() {
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
-    PacketClock clock(plan_.clock, (*demuxer)->stream(), plan_.outputRate);
+    PacketClock clock(plan_.clock, **demuxer, plan_.outputRate);
     // An Ogg stream of several pages is measured by its first and its last one.
     const bool byEnds = granules_ && !granules_->isOnlyPage && granules_->last > granules_->first &&
                         hasBytesFor(granules_->last);
