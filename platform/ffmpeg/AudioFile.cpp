@@ -1,7 +1,6 @@
 #include "platform/ffmpeg/AudioFile.h"
 
 #include <new>
-#include <string_view>
 #include <vector>
 
 #include "platform/ffmpeg/ChainedAudioFile.h"
@@ -40,7 +39,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(std::shared
                                                                      Length length) {
   auto demuxer = Demuxer::open(input);
   if (!demuxer) return std::unexpected(demuxer.error());
-  if (!input->isPart() && std::string_view((*demuxer)->format().iformat->name) == "ogg") {
+  if (!input->isPart() && (*demuxer)->isOgg()) {
     const auto links = oggLinks(*input);
     if (links.size() > 1) return ChainedAudioFile::open(input, links);
   }
