@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 #include <vector>
+
+#include "platform/ffmpeg/Bytes.h"
 
 namespace quibel::ffmpeg {
 
@@ -30,16 +31,6 @@ const BitRates& bitRatesOf(bool isVersion1, int layer) {
   if (layer == 1) return isVersion1 ? version1Layer1 : version2Layer1;
   if (!isVersion1) return version2Layers23;
   return layer == 2 ? version1Layer2 : version1Layer3;
-}
-
-std::int64_t bigEndian(std::span<const std::uint8_t> bytes) {
-  std::int64_t value = 0;
-  for (const std::uint8_t byte : bytes) value = value << 8 | byte;
-  return value;
-}
-
-bool startsWith(std::span<const std::uint8_t> bytes, std::string_view text) {
-  return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
 
 // The size of an ID3v2 tag by its ten first bytes: it stands in four bytes of seven bits
@@ -72,8 +63,7 @@ std::int64_t skipTagsAtTheEnd(Input& input, std::int64_t position) {
       position += sizeOfID3(header);
     } else if (startsWith(header, "APETAGEX")) {
       // APEv2: bit 29 of the flags tells a header, which its size does not count.
-      std::int64_t size = 0;
-      for (std::size_t i = 16; i > 12; --i) size = size << 8 | header[i - 1];
+      const std::int64_t size = littleEndian(std::span(header).subspan(12, 4));
       const bool isHeader = (header[23] & 0x20U) != 0;
       position += std::ssize(header) + (isHeader ? size : 0);
     } else if (startsWith(header, "LYRICSBEGIN")) {

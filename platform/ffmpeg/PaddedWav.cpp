@@ -4,8 +4,8 @@
 #include <array>
 #include <cstddef>
 #include <span>
-#include <string_view>
 
+#include "platform/ffmpeg/Bytes.h"
 #include "platform/ffmpeg/Demuxer.h"
 
 namespace quibel::ffmpeg {
@@ -19,27 +19,17 @@ constexpr std::array codecs{AV_CODEC_ID_NONE, AV_CODEC_ID_PCM_U8, AV_CODEC_ID_PC
 // The beginning of WAVE_FORMAT_EXTENSIBLE's chunk.
 using FormatChunk = std::array<std::uint8_t, 40>;
 
-std::int64_t number(std::span<const std::uint8_t> bytes) {
-  std::int64_t value = 0;
-  for (std::size_t i = bytes.size(); i > 0; --i) value = value << 8 | bytes[i - 1];
-  return value;
-}
-
-bool isNamed(std::span<const std::uint8_t> bytes, std::string_view name) {
-  return std::equal(name.begin(), name.end(), bytes.begin());
-}
-
 std::optional<PcmLayout> parseFormat(const FormatChunk& chunk) {
   constexpr std::int64_t extensible = 0xFFFE;
   constexpr std::int64_t wholeNumbers = 1;
   const auto bytes = std::span<const std::uint8_t>(chunk);
-  const std::int64_t channels = number(bytes.subspan(2, 2));
-  const std::int64_t rate = number(bytes.subspan(4, 4));
-  const std::int64_t frameSize = number(bytes.subspan(12, 2));
-  const std::int64_t validBits = number(bytes.subspan(18, 2));
-  if (number(bytes.first(2)) != extensible || number(bytes.subspan(24, 2)) != wholeNumbers ||
-      channels < 1 || channels > maximumChannels || rate < 1 || rate > 10'000'000 ||
-      frameSize % channels != 0) {
+  const std::int64_t channels = littleEndian(bytes.subspan(2, 2));
+  const std::int64_t rate = littleEndian(bytes.subspan(4, 4));
+  const std::int64_t frameSize = littleEndian(bytes.subspan(12, 2));
+  const std::int64_t validBits = littleEndian(bytes.subspan(18, 2));
+  if (littleEndian(bytes.first(2)) != extensible ||
+      littleEndian(bytes.subspan(24, 2)) != wholeNumbers || channels < 1 ||
+      channels > maximumChannels || rate < 1 || rate > 10'000'000 || frameSize % channels != 0) {
     return std::nullopt;
   }
   const std::int64_t sampleSize = frameSize / channels;
@@ -55,8 +45,8 @@ std::optional<PcmLayout> parseFormat(const FormatChunk& chunk) {
 std::optional<PcmLayout> readPaddedWav(Input& input) {
   constexpr int chunkLimit = 1000;
   std::array<std::uint8_t, 12> header{};
-  if (input.readAt(0, header) != std::ssize(header) || !isNamed(header, "RIFF") ||
-      !isNamed(std::span(header).subspan(8), "WAVE")) {
+  if (input.readAt(0, header) != std::ssize(header) || !startsWith(header, "RIFF") ||
+      !startsWith(std::span(header).subspan(8), "WAVE")) {
     return std::nullopt;
   }
   std::optional<PcmLayout> layout;
@@ -64,14 +54,14 @@ std::optional<PcmLayout> readPaddedWav(Input& input) {
   for (int i = 0; i < chunkLimit; ++i) {
     std::array<std::uint8_t, 8> chunk{};
     if (input.readAt(position, chunk) != std::ssize(chunk)) break;
-    const std::int64_t size = number(std::span(chunk).subspan(4));
+    const std::int64_t size = littleEndian(std::span(chunk).subspan(4));
     position += std::ssize(chunk);
-    if (isNamed(chunk, "fmt ")) {
+    if (startsWith(chunk, "fmt ")) {
       FormatChunk format{};
       if (size < std::ssize(format) || input.readAt(position, format) != std::ssize(format)) break;
       layout = parseFormat(format);
       if (!layout) break;
-    } else if (isNamed(chunk, "data")) {
+    } else if (startsWith(chunk, "data")) {
       if (!layout) break;
       // Who writes into a pipe cannot tell how much it will be.
       constexpr std::int64_t untold = 0xFFFF'FFFF;

@@ -15,8 +15,6 @@ struct PcmLayout {
   int rate = 0;            ///< frames per second
   std::int64_t begin = 0;  ///< byte position of the first frame
   std::int64_t end = 0;    ///< and behind the last byte, within the file
-
-  friend bool operator==(const PcmLayout&, const PcmLayout&) = default;
 };
 
 /// The samples of a WAV file that says that they fill only the upper part of their bytes
