@@ -15,7 +15,7 @@ class Drag:
 
     def __init__(self, desktop, pointer, command, mime_type, data):
         self._pointer = pointer
-        self._log = desktop.root / f"{command[0].split('/')[-1]}.log"
+        self._log = desktop.log_path(command[0].split("/")[-1])
         self._earlier = self._log.stat().st_size if self._log.exists() else 0
         self._process = desktop.start(*command, mime_type, data)
         ready = wait_until(lambda: self._said("ready"), "the window to drag from")

@@ -18,7 +18,7 @@ class Ear:
     def __init__(self, desktop):
         self._recorder = subprocess.Popen(
             ["parec", "--device=speakers.monitor", f"--rate={RATE}", "--channels=1",
-             "--format=s16le", "--latency-msec=50"],
+             "--format=s16le"],  # no latency: that would hurry the server
             env=desktop.environment, stdout=subprocess.PIPE, bufsize=0,
         )  # fmt: skip
         self._recorded = b""

@@ -8,6 +8,7 @@ import sys
 
 import gi
 
+gi.require_version("Gdk", "3.0")  # where GTK 4 is installed too, it comes first
 gi.require_version("Gtk", "3.0")
 from gi.repository import Gdk, Gtk  # noqa: E402
 

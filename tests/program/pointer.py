@@ -2,7 +2,7 @@
 
 import itertools
 
-from waiting import wait_until
+from waiting import DeadlinePassed, wait_until
 
 
 class Pointer:
@@ -28,18 +28,27 @@ class Pointer:
         self.move(x, y)
         self._do("click", "--repeat", "2", "1")
 
-    def drag(self, start, end, arrived):
+    def drag(self, start, end, arrived, begun=None):
         """Drags from one place (x, y) to the other, trembling there as a hand does
-        until arrived(); then lets go."""
-        self.move(*start)
-        self.press()
+        until arrived(); then lets go. Presses again, as a person would, where the press has
+        grabbed nothing: where not begun(), by default not arrived(), for some seconds."""
         tremble = itertools.cycle((0, 1))
 
-        def arrives():
+        def reaches(condition):
             self.move(end[0] + next(tremble), end[1])
-            return arrived()
+            return condition()
 
-        wait_until(arrives, f"the drag to arrive at {end}")
+        def grab():
+            self.release()
+            self.move(*start)
+            self.press()
+            try:
+                return wait_until(lambda: reaches(begun or arrived), "a grab", seconds=4)
+            except DeadlinePassed:
+                return False
+
+        wait_until(grab, f"the drag to begin at {start}")
+        wait_until(lambda: reaches(arrived), f"the drag to arrive at {end}")
         self.release()
 
     def type(self, *keys):

@@ -4,6 +4,7 @@ import os
 import pathlib
 import unittest
 
+import waiting
 from quibel import Quibel
 from virtual_desktop import VirtualDesktop
 
@@ -13,8 +14,8 @@ def not_under_thread_sanitizer(reason):
 
 
 class Scenario(unittest.TestCase):
-    """A test with a desktop of its own, on which Quibel has just been started and
-    from which it must leave in good order.
+    """Tests that share a desktop. For each of them Quibel has just been started there, with
+    an empty home folder, and must leave in good order.
 
     The folder of the programs comes from the environment, set by ctest.
     """
@@ -26,14 +27,20 @@ class Scenario(unittest.TestCase):
         self._result = result
         return super().run(result)
 
-    def setUp(self):
-        self.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
-        self.desktop = self.enterContext(self.make_desktop())
-        self.quibel = self.start()
-        self.addCleanup(self._keep_evidence)
+    @classmethod
+    def setUpClass(cls):
+        cls.build = pathlib.Path(os.environ["QUIBEL_BUILD"])
+        cls.desktop = cls.enterClassContext(cls.make_desktop())
 
-    def make_desktop(self):
-        return VirtualDesktop(self.language, self.window_manager)
+    def setUp(self):
+        waiting.begin_test()
+        self.desktop.begin_session()
+        self.addCleanup(self._keep_evidence)
+        self.quibel = self.start()
+
+    @classmethod
+    def make_desktop(cls):
+        return VirtualDesktop(cls.language, cls.window_manager)
 
     def start(self):
         """Starts Quibel on the desktop."""
@@ -52,8 +59,8 @@ class Scenario(unittest.TestCase):
         return any(test is self for test, _ in self._result.failures + self._result.errors)
 
     def _keep_evidence(self):
-        """After a failure: the window as it is, and what the program said."""
+        """After a failure: the screen as it is, and what the session's programs said."""
         if self._failed():
             picture = self.build / f"{self.id()}.png"
             self.desktop.screenshot(picture)
-            print(f"The screen: {picture}\nQuibel said:\n{self.quibel.log}")
+            print(f"The screen: {picture}\n{self.desktop.logs()}")

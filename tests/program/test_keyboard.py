@@ -12,6 +12,7 @@ class Keyboard(Scenario):
 
     def test_the_whole_job_can_be_done(self):
         self.choose(songs.tone(self.song("cancion.wav"), 60))
+        self.quibel.wait_until_active()
         self.quibel.wait_until_loaded()
 
         self.walk_to(START_HANDLE)
@@ -33,6 +34,7 @@ class Keyboard(Scenario):
 
     def test_tab_goes_through_the_window_in_its_order_and_back(self):
         self.choose(songs.tone(self.song("cancion.wav"), 3))
+        self.quibel.wait_until_active()
         self.quibel.wait_until_loaded()
         order = [CHANGE, START_HANDLE, END_HANDLE, LISTEN, CREATE]
         self.walk_to(CHANGE)
@@ -60,7 +62,7 @@ class Keyboard(Scenario):
         self.quibel.pointer.write(str(path))
         wait_until(lambda: self.quibel.proposed_name() == str(path), "the name to be written")
         self.keys("Return")
-        self.quibel.wait_until_active()
+        wait_until(lambda: not self.quibel.has("dialog", title), f"the panel {title!r} to go")
 
     def keys(self, *names):
         self.quibel.pointer.type(*names)

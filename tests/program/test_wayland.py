@@ -11,7 +11,8 @@ from wayland import WIDTH, WaylandDesktop, WaylandQuibel
 
 @not_under_thread_sanitizer("it does not see what Qt's Wayland plugin locks")
 class Wayland(Scenario):
-    def make_desktop(self):
+    @classmethod
+    def make_desktop(cls):
         return WaylandDesktop()
 
     def start(self):

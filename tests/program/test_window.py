@@ -80,7 +80,10 @@ class Window(Scenario):
         x, y, width, height = self.quibel.box
         corner = (x + width - 2, y + height - 2)
         self.quibel.pointer.drag(
-            corner, (corner[0] + dx, corner[1] + dy), lambda: arrived(*self.quibel.box[2:])
+            corner,
+            (corner[0] + dx, corner[1] + dy),
+            lambda: arrived(*self.quibel.box[2:]),
+            begun=lambda: self.quibel.box[2:] != (width, height),
         )
 
     def size(self):

@@ -1,10 +1,11 @@
-"""A desktop of its own on a virtual screen: window manager, message bus with the
-accessibility bus, sound server without a sound card, and file manager."""
+"""A desktop of its own on a virtual screen: window manager and sound server without a sound
+card; and, for each session there, message bus with the accessibility bus, and file manager."""
 
 import contextlib
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 
@@ -19,9 +20,12 @@ FILE_MANAGER = "pcmanfm-qt"
 class VirtualDesktop(contextlib.ExitStack):
     """Starts everything on entering and ends everything on leaving.
 
-    root is a new folder that holds the home folder, the temporary folder that the
-    programs see, and the logs of everything that runs here.
+    root is a new folder that holds the logs of the desktop's own programs and a folder
+    for each session: its home folder, the temporary folder that its programs see, and
+    their logs.
     """
+
+    pointer_rests_at = (0, SCREEN_HEIGHT - 1)
 
     def __init__(self, language="C.UTF-8", window_manager="openbox"):
         super().__init__()
@@ -29,11 +33,16 @@ class VirtualDesktop(contextlib.ExitStack):
         self._window_manager = window_manager
         self.root = None
         self.environment = None
+        self._folder = None
+        self._session = self.enter_context(contextlib.ExitStack())
+        self._programs = self  # the desktop's own, as long as it starts
+        self._sessions = 0
 
     def __enter__(self):
         super().__enter__()
         try:
             self._start()
+            self.begin_session()
         except BaseException:
             self.close()
             raise
@@ -41,32 +50,63 @@ class VirtualDesktop(contextlib.ExitStack):
 
     @property
     def home(self):
-        return self.root / "home"
+        return self._folder / "home"
 
     @property
     def temporary(self):
-        return self.root / "tmp"
+        return self._folder / "tmp"
+
+    def begin_session(self):
+        """Ends the session before: whatever runs in its home. The new one has a message bus
+        and folders of its own, and the pointer where it is over none of its windows."""
+        self._session.close()
+        self._programs = self._session
+        self._sessions += 1
+        self._folder = self.root / str(self._sessions)
+        self._folder.mkdir()
+        for folder in (self.home, self.temporary):
+            folder.mkdir(mode=0o700)
+        self.environment |= {
+            "HOME": str(self.home),
+            "TMPDIR": str(self.temporary),
+            "XDG_DATA_HOME": str(self.home / ".local" / "share"),
+            "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+        }
+        # Also what others have started for it: the bus, or a file manager its archiver.
+        self._session.callback(_kill_all_at_home, self.home)
+        self._start_bus()
+        self.run("xdotool", "mouseup", "1", "mousemove", *map(str, self.pointer_rests_at))
+
+    def log_path(self, program):
+        """Where a program's standard output and error go."""
+        return self._folder / f"{program}.log"
 
     def log(self, program):
         """What program has written to its standard output and error so far."""
-        path = self.root / f"{program}.log"
+        path = self.log_path(program)
         return path.read_text(errors="replace") if path.exists() else ""
 
+    def logs(self):
+        """What all programs of the session have written so far."""
+        logs = sorted(self._folder.glob("*.log"))
+        return "\n".join(f"{log.stem} said:\n{self.log(log.stem)}" for log in logs)
+
     def start(self, program, *arguments, **options):
-        """Starts a program on this desktop; it ends with the desktop at the latest."""
-        log = self.enter_context(open(self.root / f"{program.split('/')[-1]}.log", "ab"))
+        """Starts a program on this desktop; it ends with the session at the latest."""
+        log = self._programs.enter_context(open(self.log_path(program.split("/")[-1]), "ab"))
         process = subprocess.Popen(
             # Whoever kills the test takes its programs along.
             ["/usr/bin/setpriv", "--pdeathsig", "KILL", program, *arguments],
             env=options.pop("env", self.environment),
-            cwd=self.home,
+            cwd=self.environment["HOME"],
             stdin=subprocess.DEVNULL,
             stdout=options.pop("stdout", log),
             stderr=log,
             start_new_session=True,
             **options,
         )
-        self.callback(_end, process)
+        self._programs.callback(_end, process)
         return process
 
     def run(self, *command):
@@ -98,18 +138,14 @@ class VirtualDesktop(contextlib.ExitStack):
         # Unix sockets live under it, whose paths must stay short.
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quibel-"))
         self.callback(shutil.rmtree, self.root, ignore_errors=True)
+        self._folder = self.root
         runtime = self.root / "run"
-        for folder in (self.home, self.temporary, runtime):
-            folder.mkdir(mode=0o700)
+        runtime.mkdir(mode=0o700)
         self.environment = {
             "PATH": "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin",
-            "HOME": str(self.home),
+            "HOME": str(self.root),
             "LANG": self._language,
-            "TMPDIR": str(self.temporary),
             "XDG_RUNTIME_DIR": str(runtime),
-            "XDG_DATA_HOME": str(self.home / ".local" / "share"),
-            "XDG_CONFIG_HOME": str(self.home / ".config"),
-            "XDG_CACHE_HOME": str(self.home / ".cache"),
             "QT_QPA_PLATFORM": "xcb",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
             "PULSE_SERVER": f"unix:{runtime}/pulse/native",
@@ -122,7 +158,6 @@ class VirtualDesktop(contextlib.ExitStack):
             # only if the stack is unwound without them.
             self.environment["ASAN_OPTIONS"] += ":fast_unwind_on_malloc=0:malloc_context_size=12"
         self._start_screen()
-        self._start_bus()
         if self._window_manager:
             self.start(self._window_manager)
         self._start_sound()
@@ -149,7 +184,7 @@ class VirtualDesktop(contextlib.ExitStack):
     def _start_bus(self):
         bus = self.start(
             "dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address",
-            f"--address=unix:path={self.environment['XDG_RUNTIME_DIR']}/bus",
+            f"--address=unix:path={self._folder}/bus",
             stdout=subprocess.PIPE,
         )  # fmt: skip
         address = bus.stdout.readline().decode().strip()
@@ -185,6 +220,17 @@ class VirtualDesktop(contextlib.ExitStack):
     def _sounding(self):
         query = subprocess.run(["pactl", "info"], env=self.environment, capture_output=True)
         return query.returncode == 0
+
+
+def _kill_all_at_home(home):
+    """Kills every process that has this folder for its home."""
+    entry = f"HOME={home}".encode()
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if entry in (process / "environ").read_bytes().split(b"\0"):
+                os.kill(int(process.name), signal.SIGKILL)
+        except OSError:
+            pass  # ended meanwhile, or another user's
 
 
 def _end(process):

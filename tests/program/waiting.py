@@ -6,8 +6,14 @@ import time
 # How many times longer than a plain build this one takes to answer.
 PATIENCE = float(os.environ.get("QUIBEL_TEST_PATIENCE", "1"))
 
-# When all waiting of this process ends.
-LAST = time.monotonic() + float(os.environ.get("QUIBEL_TEST_SECONDS", "inf"))
+# When all waiting of a test ends.
+_last = float("inf")
+
+
+def begin_test():
+    """Has all waiting end so many seconds from now as the environment says."""
+    global _last
+    _last = time.monotonic() + float(os.environ.get("QUIBEL_TEST_SECONDS", "inf"))
 
 
 class DeadlinePassed(AssertionError):
@@ -20,7 +26,7 @@ def wait_until(condition, what, seconds=15.0):
     what says in words what is waited for; it may be a function, called only when
     the deadline passes, so that it can tell what was there instead.
     """
-    deadline = min(time.monotonic() + seconds * PATIENCE, LAST)
+    deadline = min(time.monotonic() + seconds * PATIENCE, _last)
     while True:
         found = condition()
         if found:

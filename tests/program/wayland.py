@@ -7,7 +7,7 @@ from accessible import Box
 from drag import Drag
 from quibel import Quibel
 from virtual_desktop import SCREEN_HEIGHT, SCREEN_WIDTH, VirtualDesktop
-from waiting import PATIENCE, wait_until
+from waiting import PATIENCE, DeadlinePassed, wait_until
 
 SOCKET = "wayland-quibel"
 
@@ -36,14 +36,16 @@ TOLD = (
 
 
 class WaylandDesktop(VirtualDesktop):
+    # Outside the compositor's window: a pointer that is in it from the start it may never
+    # notice.
+    pointer_rests_at = (WIDTH, 0)
+
     def __init__(self):
         super().__init__(window_manager=None)
 
     def _start(self):
         super()._start()
-        # Outside the compositor's window: a pointer that is in it from the start it
-        # may never notice.
-        self.run("xdotool", "mousemove", str(WIDTH), "0")
+        self.run("xdotool", "mousemove", *map(str, self.pointer_rests_at))
         shell = self.root / "weston.ini"
         shell.write_text(SHELL)
         self.start(
@@ -122,12 +124,20 @@ class WaylandQuibel(Quibel):
     def drag_window(self, start, end, arrived=lambda: True):
         """Has the compositor move or resize the window from one place (x, y) of the
         screen to the other, and lets go when arrived()."""
-        taken = self._times_left()
-        self.pointer.move(*start)
-        self.pointer.press()
-        self.pointer.move((start[0] + end[0]) / 2, (start[1] + end[1]) / 2)
-        # From then on the pointer is the compositor's own.
-        wait_until(lambda: self._times_left() > taken, f"the window to be taken at {start}")
+        def grab():
+            taken = self._times_left()
+            self.pointer.release()
+            self.pointer.move(*start)
+            self.pointer.press()
+            self.pointer.move((start[0] + end[0]) / 2, (start[1] + end[1]) / 2)
+            try:
+                # From then on the pointer is the compositor's own.
+                return wait_until(lambda: self._times_left() > taken, "a grab", seconds=4)
+            except DeadlinePassed:
+                return False
+
+        # Presses again, as a person would, where nothing was grabbed.
+        wait_until(grab, f"the window to be taken at {start}")
         self.pointer.move(*end)
         wait_until(arrived, f"the drag to arrive at {end}")
         self.pointer.release()
