@@ -1,11 +1,8 @@
 #include "benchmarks/LoopRecording.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
-
-#include <unistd.h>
+#include <span>
 
 namespace quibel::benchmarks {
 namespace {
@@ -29,14 +26,12 @@ test::Sound numberedSong(int rate, double seconds) {
 LoopRecording::LoopRecording(int rate, double start)
     : rate_(rate),
       start_(static_cast<std::int32_t>(std::lround(start * rate))),
-      monitor_(rate),
       recent_(static_cast<std::size_t>(secondsKept) * static_cast<std::size_t>(rate), silent),
-      reader_([this] { read(); }) {}
-
-LoopRecording::~LoopRecording() {
-  monitor_.process.reset();
-  reader_.join();
-}
+      monitor_(rate, [this](std::span<const float> samples) {
+        const std::lock_guard lock(mutex_);
+        for (std::size_t left = 0; left < samples.size(); left += 2)
+          look(static_cast<std::int32_t>(std::lround(samples[left] * scale)) - 1);
+      }) {}
 
 LoopRecording::Totals LoopRecording::totals() const {
   const std::lock_guard lock(mutex_);
@@ -45,36 +40,12 @@ LoopRecording::Totals LoopRecording::totals() const {
 
 std::optional<double> LoopRecording::heardAt(Clock::time_point time) const {
   const std::lock_guard lock(mutex_);
-  // The moment when the recording's frames came in soonest is taken for its beginning.
-  const auto at = std::llround(std::chrono::duration<double>(time - beginning_).count() * rate_);
+  const auto at =
+      std::llround(std::chrono::duration<double>(time - monitor_.beginning()).count() * rate_);
   if (at >= recorded_ || at < 0 || at < recorded_ - std::ssize(recent_)) return std::nullopt;
   const auto frame = recent_[static_cast<std::size_t>(at) % recent_.size()];
   if (frame == silent) return std::nullopt;
   return static_cast<double>(frame) / rate_;
-}
-
-void LoopRecording::read() {
-  std::array<char, 16'384> bytes{};
-  constexpr std::size_t frameSize = 2 * sizeof(float);
-  std::size_t rest = 0;  // of a frame that came in part
-  for (;;) {
-    const auto got = ::read(monitor_.pipe, bytes.data() + rest, bytes.size() - rest);
-    const auto now = Clock::now();
-    if (got <= 0) break;
-    const auto available = rest + static_cast<std::size_t>(got);
-    const auto frames = available / frameSize;
-    const std::lock_guard lock(mutex_);
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-      float left = 0;
-      std::memcpy(&left, bytes.data() + frame * frameSize, sizeof left);
-      look(static_cast<std::int32_t>(std::lround(left * scale)) - 1);
-    }
-    rest = available % frameSize;
-    std::memmove(bytes.data(), bytes.data() + frames * frameSize, rest);
-    const std::chrono::duration<double> length(static_cast<double>(recorded_) / rate_);
-    beginning_ = std::min(beginning_, now - std::chrono::duration_cast<Clock::duration>(length));
-  }
-  ::close(monitor_.pipe);
 }
 
 void LoopRecording::look(std::int32_t frame) {

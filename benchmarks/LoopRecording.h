@@ -5,10 +5,9 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <vector>
 
-#include "tests/platform/cubeb/PulseRecorder.h"
+#include "tests/platform/cubeb/PulseMonitor.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {
@@ -24,10 +23,6 @@ class LoopRecording {
 
   /// `rate` is the null sink's and the song's, `start` the fragment's, in seconds.
   LoopRecording(int rate, double start);
-  ~LoopRecording();
-
-  LoopRecording(const LoopRecording&) = delete;
-  LoopRecording& operator=(const LoopRecording&) = delete;
 
   struct Totals {
     std::int64_t passes = 0;       ///< times that the fragment began
@@ -43,20 +38,17 @@ class LoopRecording {
   std::optional<double> heardAt(Clock::time_point time) const;
 
  private:
-  void read();
   void look(std::int32_t frame);
 
   const int rate_;
   const std::int32_t start_;
-  playback::PulseMonitor monitor_;
   mutable std::mutex mutex_;
   Totals totals_;
   std::int32_t last_ = -1;     // the song's frame that was heard last
   std::int64_t silence_ = 0;   // frames since
   std::int64_t recorded_ = 0;  // frames in all
   std::vector<std::int32_t> recent_;
-  Clock::time_point beginning_ = Clock::time_point::max();
-  std::thread reader_;
+  playback::PulseMonitor monitor_;  // last: it fills the above
 };
 
 }  // namespace quibel::benchmarks

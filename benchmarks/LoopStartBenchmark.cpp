@@ -3,23 +3,22 @@
 
 #include <QCoreApplication>
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <random>
+#include <span>
 #include <stdexcept>
 #include <thread>
-
-#include <unistd.h>
 
 #include "app/DesktopPlatform.h"
 #include "app/QuibelApp.h"
 #include "benchmarks/LongSongs.h"
 #include "benchmarks/Measuring.h"
 #include "model/AudioEditorModel.h"
-#include "tests/platform/cubeb/PulseRecorder.h"
+#include "tests/platform/cubeb/PulseMonitor.h"
 #include "tests/platform/cubeb/PulseServer.h"
 #include "tests/support/TestAudio.h"
 
@@ -31,45 +30,34 @@ using Clock = std::chrono::steady_clock;
 constexpr int starts = 60;
 constexpr int rate = 44'100;
 
-/// Tells when the sound last began that the null sink plays.
+/// Says when the sound last began that the null sink plays.
 class Ear {
  public:
-  Ear() : monitor_(rate), reader_([this] { listen(); }) {}
-  ~Ear() {
-    monitor_.process.reset();
-    reader_.join();
-  }
-  Ear(const Ear&) = delete;
-  Ear& operator=(const Ear&) = delete;
-
   bool hears() const { return hears_.load(); }
-  Clock::time_point began() const { return began_.load(); }
+  Clock::time_point began() const {
+    const std::chrono::duration<double> after(static_cast<double>(beganAt_.load()) / rate);
+    return monitor_.beginning() + std::chrono::duration_cast<Clock::duration>(after);
+  }
 
  private:
-  void listen() {
-    std::array<float, 1024> samples{};
-    int silence = 0;
-    for (;;) {
-      const auto bytes = ::read(monitor_.pipe, samples.data(), sizeof samples);
-      const auto now = Clock::now();
-      if (bytes <= 0) break;
-      const auto count = bytes / static_cast<std::ptrdiff_t>(sizeof(float));
-      const bool sound = std::any_of(samples.begin(), samples.begin() + count,
-                                     [](float sample) { return sample != 0; });
-      silence = sound ? 0 : silence + static_cast<int>(count);
+  void listen(std::span<const float> samples) {
+    for (std::size_t left = 0; left < samples.size(); left += 2, ++frame_) {
+      const bool sound = samples[left] != 0;
+      silence_ = sound ? 0 : silence_ + 1;
       if (sound && !hears_) {
-        began_ = now;
+        beganAt_ = frame_;
         hears_ = true;
       }
-      if (silence > rate / 5) hears_ = false;  // for a tenth of a second
+      if (silence_ > rate / 10) hears_ = false;
     }
-    ::close(monitor_.pipe);
   }
 
-  playback::PulseMonitor monitor_;
   std::atomic<bool> hears_ = false;
-  std::atomic<Clock::time_point> began_;
-  std::thread reader_;
+  std::atomic<std::int64_t> beganAt_ = 0;
+  std::int64_t frame_ = 0;
+  std::int64_t silence_ = 0;  // frames
+  playback::PulseMonitor monitor_{
+      rate, [this](std::span<const float> samples) { listen(samples); }};  // last: fills the above
 };
 
 template <class Condition>

@@ -24,6 +24,8 @@ class ChildProcess {
 
   bool hasEnded();
 
+  pid_t pid() const { return pid_; }
+
  private:
   pid_t pid_;
 };

@@ -25,6 +25,7 @@ class PulseServer {
   void kill();
   void stop() const;  ///< as SIGSTOP does
   void resume() const;
+  pid_t process() const { return process_->pid(); }
 
  private:
   std::filesystem::path folder_;
