@@ -1,0 +1,15 @@
+# shellcheck shell=bash
+# Sourced by scripts of several steps: says at the end where the minutes went.
+
+_steps=()
+trap 'printf "%s\n" "" "Minutes:" "${_steps[@]}"' EXIT
+
+# step NAME COMMAND…: runs a command and takes its time. Returns what it returns.
+step() {
+  local name=$1 begun=$SECONDS status=0
+  shift
+  "$@" || status=$?
+  local taken=$((SECONDS - begun))
+  _steps+=("$(printf '%4d:%02d  %s' $((taken / 60)) $((taken % 60)) "$name")")
+  return "$status"
+}

@@ -1,0 +1,1 @@
+// Nothing: CMake wants a source beside the headers that it compiles in advance.
