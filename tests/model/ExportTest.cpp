@@ -144,6 +144,23 @@ TEST_F(ExportTest, FragmentAbove40SecondsIsExportedFor40) {
   EXPECT_EQ(machine.sessions.back()->timeRange, (TimeRange{Time{6000, 600}, Time{24000, 600}}));
 }
 
+TEST_F(ExportTest, FragmentIsReadOnceTheDestinationIsConfirmed) {
+  machine.whileSavePanelIsOpen = [this] {
+    model->startBinding().set(12.5);
+    model->endBinding().set(22);
+  };
+  startExport();
+  EXPECT_EQ(machine.sessions.back()->timeRange, (TimeRange{Time{7500, 600}, Time{5700, 600}}));
+}
+
+TEST_F(ExportTest, SongIsReadOnceTheDestinationIsConfirmed) {
+  machine.songs["/x/other.mp3"] = fake::Song::lasting(30);
+  machine.whileSavePanelIsOpen = [this] { model->load(url("/x/other.mp3")); };
+  startExport();
+  EXPECT_EQ(machine.savePanel->nameFieldStringValue, "song.m4r");
+  EXPECT_THAT(machine.journal.entries, testing::Contains("make session /x/other.mp3"));
+}
+
 TEST_F(ExportTest, EachExportHasATemporaryFileOfItsOwn) {
   startExport();
   finish(ExportStatus::completed);
@@ -296,6 +313,22 @@ TEST_F(ExportTest, ModelDestroyedDuringTheExportReportsNothingAndLeavesTheTempor
   machine.journal.entries.clear();
 
   finish(ExportStatus::completed);
+
+  EXPECT_FALSE(temporaryFileIsGone());
+  EXPECT_THAT(machine.journal.entries, IsEmpty());
+}
+
+TEST_F(ExportTest, ModelDestroyedBeforeTheCompletionReportsNothingAndLeavesTheTemporaryFile) {
+  startExport();
+  machine.files.existing.insert(temporary);
+  machine.sessions.back()->finish(ExportStatus::completed);
+  ASSERT_EQ(machine.main.size(), 1);
+  const std::weak_ptr<AudioEditorModel> weak = model;
+  model.reset();
+  EXPECT_TRUE(weak.expired());
+  machine.journal.entries.clear();
+
+  machine.main.runAll();
 
   EXPECT_FALSE(temporaryFileIsGone());
   EXPECT_THAT(machine.journal.entries, IsEmpty());

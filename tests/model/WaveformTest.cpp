@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <thread>
@@ -81,10 +82,15 @@ TEST(WaveformTest, ValuesAboveTheFloorAreScaledByTheLoudest) {
   EXPECT_THAT(envelope({song}), ElementsAre(0.5, 1.0));
 }
 
-TEST(WaveformTest, ClickInOneChannelIsNotAveragedWithTheOthersSilence) {
-  auto right = frames(768, 0.0F);
-  right[300] = 1.0F;
-  EXPECT_THAT(envelope({frames(768, 0.0F), right}), ElementsAre(0.025, 1.0, 0.025));
+TEST(WaveformTest, ChannelsAreNeitherAveragedNorMixed) {
+  auto left = frames(512, 0.6F);
+  auto right = left;
+  std::fill(left.begin() + 256, left.end(), 0.0F);
+  std::fill(right.begin() + 256, right.end(), 0.0F);
+  right[300] = -1.0F;
+  const auto quieter = testing::DoubleNear(0.6, 1e-6);
+  EXPECT_THAT(envelope({left, right}), ElementsAre(quieter, 1.0));
+  EXPECT_THAT(envelope({right, left}), ElementsAre(quieter, 1.0));
 }
 
 TEST(WaveformTest, EachBucketIsClampedToFullScaleBeforeScaling) {

@@ -215,6 +215,7 @@ std::optional<platform::FileURL> Platform::runModal(const platform::OpenPanel& p
 std::optional<platform::FileURL> Platform::runModal(const platform::SavePanel& panel) {
   journal.record("save panel");
   savePanel = panel;
+  if (whileSavePanelIsOpen) whileSavePanelIsOpen();
   return savePanelAnswer;
 }
 

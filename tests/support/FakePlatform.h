@@ -164,6 +164,7 @@ class Platform : public platform::Platform {
   std::vector<std::shared_ptr<ExportSession>> sessions;
   std::optional<platform::FileURL> openPanelAnswer;
   std::optional<platform::FileURL> savePanelAnswer;
+  std::function<void()> whileSavePanelIsOpen;
   std::optional<platform::OpenPanel> openPanel;  ///< the last one run
   std::optional<platform::SavePanel> savePanel;  ///< the last one run
   bool knowsM4R = true;
