@@ -11,6 +11,7 @@
 #include <sys/resource.h>
 
 #include "app/DesktopPlatform.h"
+#include "model/AudioEditorModel.h"
 #include "tests/platform/desktop/Application.h"
 #include "tests/platform/desktop/TemporaryFolder.h"
 #include "tests/support/TestAudio.h"
@@ -41,6 +42,30 @@ TEST_F(DesktopPlatformTest, OpensASongAndSaysWhyItCannotOpenAnotherFile) {
   EXPECT_FALSE(machine->openAudioFile(folder.url("no existe.mp3")));
   EXPECT_FALSE(machine->openAudioPlayer(folder.url("no existe.mp3")));
   EXPECT_EQ(machine->makeExportSession(folder.write("texto.mp3", "esto no es audio")), nullptr);
+}
+
+/// The text with which the editor refuses a file on this machine.
+struct RefusedSongTest : DesktopPlatformTest {
+  std::string alertAbout(const FileURL& url) {
+    const auto model = std::make_shared<AudioEditorModel>(*machine);
+    model->load(url);
+    EXPECT_TRUE(eventually([&] { return !model->isLoading(); }));
+    EXPECT_TRUE(model->showAlert());
+    EXPECT_TRUE(model->samples().empty());
+    return model->alertText();
+  }
+};
+
+TEST_F(RefusedSongTest, SongWithoutFramesHasNoValidAudio) {
+  const auto url = folder.url("vacía.wav");
+  test::writeWav(url.path(), {.rate = 8'000, .channels = {{}}});
+  EXPECT_EQ(alertAbout(url),
+            "No se ha podido abrir el audio. El archivo no contiene audio válido.");
+}
+
+TEST_F(RefusedSongTest, TextNamedLikeASongIsOfNoKnownFormat) {
+  EXPECT_EQ(alertAbout(folder.write("texto.mp3", "esto no es audio")),
+            "No se ha podido abrir el audio. El archivo no es de un formato de audio conocido.");
 }
 
 TEST_F(DesktopPlatformTest, EveryUUIDIsFreshRandomAndInUpperCase) {
