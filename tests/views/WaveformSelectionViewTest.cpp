@@ -32,7 +32,10 @@ class SelectionView : public EditorFixture {
 
   /// Presses at x, wherever that lands, and refreshes.
   void press(double x, Qt::MouseButton button = Qt::LeftButton) {
-    target = view.childAt(QPoint(static_cast<int>(x), 100));
+    pressOn(view.childAt(QPoint(static_cast<int>(x), 100)), x, button);
+  }
+  void pressOn(QWidget* widget, double x, Qt::MouseButton button = Qt::LeftButton) {
+    target = widget;
     pressed = button;
     send(QEvent::MouseButtonPress, x, button);
   }
@@ -78,16 +81,31 @@ TEST_F(SelectionView, OnlyTheLeftButtonDrags) {
 }
 
 TEST_F(SelectionView, WithoutADurationADragOfTheStartWritesTheEndsGapOrZero) {
-  view.startHandle().moveTo(50);
+  refresh();
+  pressOn(&view.startHandle(), 5);  // itself, as the end handle lies above it
   EXPECT_EQ(model->start(), -0.5);
+  select(0.25, 3);
+  drag(500);
+  EXPECT_EQ(model->start(), 0);
+  select(0.25, 0.25);
+  drag(-500);
+  EXPECT_EQ(model->start(), -0.25);
 }
 
-TEST_F(SelectionView, WithoutADurationADragWritesTheGapBoundsWhereverThePointerIs) {
+TEST_F(SelectionView, WithoutADurationADragOfTheEndWritesTheStartsGapOrZero) {
   refresh();
-  press(5);  // both handles at 0, the end above
-  drag(500);
+  press(5);
   EXPECT_EQ(model->end(), 0.5);
-  select(0, 3);
+  select(0.25, 3);
+  drag(500);
+  EXPECT_EQ(model->end(), 0.75);
+  select(-3, 3);
+  drag(-500);
+  EXPECT_EQ(model->end(), 0);
+}
+
+TEST_F(SelectionView, WithoutADurationTheKeysMoveTheHandlesAsADragDoes) {
+  select(0.25, 3);
   view.startHandle().moveTo(10);
   EXPECT_EQ(model->start(), 0);
   view.endHandle().moveTo(10);
