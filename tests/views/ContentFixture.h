@@ -19,6 +19,11 @@ class ContentFixture : public EditorFixture {
     turn();
   }
 
+  /// Lets the views read the model and be laid out, from the inside outwards in later turns.
+  static void layOut() {
+    for (int depth = 0; depth < 10; ++depth) turn();
+  }
+
   bool showsWelcome() { return view.findChild<WelcomeScreen*>()->isVisible(); }
   bool showsWorkspace() { return view.findChild<WorkspaceScreen*>()->isVisible(); }
 

@@ -2,8 +2,6 @@
 
 #include "app/ContentView.h"
 #include "tests/views/ContentFixture.h"
-#include "tests/views/StripImage.h"
-#include "views/Theme.h"
 
 namespace quibel {
 namespace {
@@ -185,16 +183,12 @@ TEST_F(Content, HoweverMuchChangesInATurnTheViewsAreRefreshedOnce) {
 TEST_F(Content, ATickOfTheLoopLaysNothingOut) {
   load(60);
   model->togglePreview();
-  // What has changed is laid out from the inside outwards, in later turns.
-  const auto settle = [] {
-    for (int depth = 0; depth < 10; ++depth) turn();
-  };
-  settle();
+  layOut();
   RefreshCount refreshes;
   view.installEventFilter(&refreshes);
   machine.players.back()->currentTime = 1.5;
   machine.timers.back()->fire();
-  settle();
+  layOut();
   EXPECT_EQ(model->playhead(), 1.5);
   EXPECT_EQ(refreshes.count, 1);
   EXPECT_EQ(refreshes.layouts, 0);
@@ -240,14 +234,6 @@ TEST_F(Content, TheMinimumIs780By580) {
   load(90);
   turn();
   EXPECT_EQ(view.minimumSizeHint(), QSize(780, 580)) << "with both screens, in the usual font";
-}
-
-TEST_F(Content, TheGradientRunsFromTheWindowBackgroundToATouchOfAccent) {
-  const auto image = view.grab().toImage();
-  const auto c = colors(view.palette());
-  EXPECT_TRUE(alike(image.pixelColor(5, 1), c.windowBackground));
-  EXPECT_TRUE(
-      alike(image.pixelColor(5, image.height() - 2), blended(c.accent, 0.09, c.windowBackground)));
 }
 
 TEST_F(Content, ThePaletteIsFollowedWhileRunning) {

@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <algorithm>
 
+#include "views/SymbolView.h"
+
 namespace quibel {
 
 /// The button of this title below `root` that is not hidden, or null.
@@ -33,6 +35,14 @@ inline QStringList texts(const QWidget& root) {
   QStringList result;
   for (const auto* found : labels) result.append(found->text());
   return result;
+}
+
+/// The first picture of a symbol below `root`, or null.
+inline QWidget* symbolView(const QWidget& root) {
+  for (auto* candidate : root.findChildren<QWidget*>()) {
+    if (dynamic_cast<SymbolView*>(candidate)) return candidate;
+  }
+  return nullptr;
 }
 
 /// Where `widget` lies in `root`.

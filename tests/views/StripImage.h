@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/views/Pixels.h"
 #include "views/StripPainter.h"
 
 namespace quibel {
@@ -39,19 +40,4 @@ struct StripImage {
   }
 };
 
-/// Whether two colours are the same but for rounding.
-inline bool alike(const QColor& a, const QColor& b, int tolerance = 2) {
-  return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
-         std::abs(a.blue() - b.blue()) <= tolerance;
-}
-
 }  // namespace quibel
-
-/// Prints a colour in a failed expectation.
-inline void PrintTo(const QColor& color, std::ostream* out) {
-  *out << color.name(QColor::HexArgb).toStdString();
-}
-
-inline void PrintTo(const QRect& rect, std::ostream* out) {
-  *out << rect.x() << ',' << rect.y() << ' ' << rect.width() << 'x' << rect.height();
-}

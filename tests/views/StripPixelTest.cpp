@@ -38,10 +38,6 @@ INSTANTIATE_TEST_SUITE_P(Surfaces, StripPixels,
                                          Surface{{680, 220}, 1}, Surface{{1200, 120}, 2}),
                          surfaceName);
 
-#define EXPECT_ALIKE(actual, expected) \
-  EXPECT_TRUE(alike(actual, expected)) \
-      << testing::PrintToString(actual) << " is not " << testing::PrintToString(expected)
-
 TEST_P(StripPixels, TheBackgroundIsBlackAtNineHundredths) {
   const auto image = strip.paint(state);
   EXPECT_ALIKE(strip.at(image, width * 0.1, 20), background);
@@ -171,19 +167,34 @@ TEST_P(StripPixels, TheEndHandleLiesAboveTheStartHandle) {
   EXPECT_ALIKE(strip.at(image, width / 2, 20), colors.orange);
 }
 
-TEST_P(StripPixels, EverythingIsCutAtTheRoundedBorder) {
+TEST_P(StripPixels, HandlesAreCutAtTheRoundedBorder) {
   state.start = 0;
   state.end = 100;
-  strip.samples.assign(1, 5.0);  // beyond the border on all sides
   const auto image = strip.paint(state);
   for (const double x : {0.5, width - 1}) {
     for (const double y : {0.5, height - 1}) EXPECT_ALIKE(strip.at(image, x, y), Qt::white);
   }
-  // A point on the border's arc, 45 degrees into the corner, is inside just before it …
-  const double arc = 14 - 14 / std::sqrt(2.0);
-  EXPECT_FALSE(alike(strip.at(image, arc + 2, arc + 2), Qt::white, 20));
-  // … and outside just beyond it.
-  EXPECT_ALIKE(strip.at(image, arc - 1.5, arc - 1.5), Qt::white);
+  EXPECT_ALIKE(strip.at(image, 5, mid + 12), colors.green);
+  EXPECT_ALIKE(strip.at(image, width - 5, mid + 12), colors.orange);
+}
+
+TEST_P(StripPixels, AnEnvelopeAboveOneIsCutAtTheRoundedBorder) {
+  const double column = 4;
+  strip.samples.assign(static_cast<std::size_t>(width / column), 3.0);
+  const auto image = strip.paint(state);
+  const auto grey = blended(colors.secondary, 0.4, background);
+  // The first line and the last one pass the border's whole height …
+  EXPECT_ALIKE(strip.at(image, column * 1.5, mid + 80 * height / 220), grey);
+  for (const double x : {column * 0.5, width - column * 0.5}) {
+    EXPECT_ALIKE(strip.at(image, x, mid + 20), grey);
+    // … and nothing of them is outside its arcs.
+    for (const double y : {0.5, 2.0, height - 2.0, height - 0.5}) {
+      EXPECT_ALIKE(strip.at(image, x, y), Qt::white);
+    }
+  }
+  // On a line 45 degrees into the corner, the arc runs through 4.1 points.
+  EXPECT_ALIKE(strip.at(image, column * 1.5, 6.5), grey);
+  EXPECT_ALIKE(strip.at(image, column * 0.5, column * 0.5), Qt::white);
 }
 
 TEST_P(StripPixels, TheBordersArcIsSmooth) {
