@@ -1,7 +1,11 @@
 #include <QLayout>
+#include <set>
 
 #include "app/ContentView.h"
+#include "model/Format.h"
 #include "tests/views/ContentFixture.h"
+#include "views/DisplayText.h"
+#include "views/HandleView.h"
 
 namespace quibel {
 namespace {
@@ -178,6 +182,28 @@ TEST_F(Content, HoweverMuchChangesInATurnTheViewsAreRefreshedOnce) {
   model->endBinding().set(31);
   turn();
   EXPECT_EQ(refreshes.count, 2);
+}
+
+TEST_F(Content, TheReadOutsFollowEachHandleWhileItIsDragged) {
+  load(90);
+  model->startBinding().set(10);
+  turn();
+  for (auto* handle : view.findChildren<HandleView*>()) {
+    const QPoint middle = handle->rect().center();
+    QTest::mousePress(handle, Qt::LeftButton, {}, middle);
+    std::set<double> values;
+    for (int step = 0; step < 3; ++step) {
+      QTest::mouseMove(handle, middle + QPoint(30, 0));
+      turn();
+      EXPECT_TRUE(values.insert(handle->value()).second) << "it moves at every step";
+      const auto start = model->start();
+      const auto end = model->end();
+      for (const double time : {start, end - start, end}) {
+        EXPECT_EQ(texts(view).count(displayText(format(time))), 1) << time;
+      }
+    }
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
+  }
 }
 
 TEST_F(Content, ATickOfTheLoopLaysNothingOut) {

@@ -2,8 +2,9 @@
 #include <QMimeData>
 
 #include "tests/views/ContentFixture.h"
-#include "tests/views/StripImage.h"
+#include "tests/views/Pixels.h"
 #include "views/Theme.h"
+#include "views/WaveformSelectionView.h"
 
 namespace quibel {
 namespace {
@@ -90,6 +91,25 @@ TEST_F(Drop, AFileReplacesTheLoadedSong) {
   EXPECT_EQ(loaded(), "/b.mp3");
   machine.settle();
   EXPECT_NEAR(model->duration(), 30, 1e-6);
+}
+
+TEST_F(Drop, RightAfterADropTheWaveformIsEmptyAndThePreviousLengthStands) {
+  load(25.6, "/a.mp3");  // ten full values
+  turn();
+  const auto showsLines = [this] {
+    const Picture seen(*view.findChild<WaveformSelectionView*>(), 1, Qt::white);
+    const double column = seen.image().width() / 10.0;
+    return distance(seen.at({column * 4.5, 140}), seen.at({column * 5, 140})) > 60;
+  };
+  EXPECT_TRUE(showsLines());
+  addSong("/b.mp3", 90);
+  drop(*uris("file:///b.mp3\r\n"));
+  EXPECT_EQ(loaded(), "/b.mp3");
+  turn();
+  EXPECT_FALSE(showsLines());
+  const auto* const name = label(view, "b.mp3");
+  ASSERT_NE(name, nullptr);
+  EXPECT_NE(label(*name->parentWidget(), "00:25.6"), nullptr);
 }
 
 TEST_F(Drop, AFileDroppedDuringAnExportStartsALoadAtTheSameTime) {
