@@ -9,6 +9,7 @@
 #include "benchmarks/Loading.h"
 #include "benchmarks/Measuring.h"
 #include "tests/platform/ffmpeg/Songs.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::benchmarks {
 namespace {
@@ -39,7 +40,8 @@ void row(const test::SongFormat& format, const std::filesystem::path& folder) {
   const auto length = test::openSong(test::makeSong(format, wav))->length();
 
   test::writeWav(wav, test::song(format.rate, 2, longFrames));
-  const auto song = test::makeSong(format, wav);
+  const auto song = folder / format.file;
+  test::runOn(format.command, wav, song);
   const int inexact = inexactSeeks(song, format.isLossless ? 0.0F : 1e-6F);
   const auto times = medians({[&] { return measure([&] { loadAnew(song); }); },
                               [&] { return measure([&] { decodeBarely(song); }); }},

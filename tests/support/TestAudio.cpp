@@ -12,6 +12,7 @@
 #include <span>
 #include <stdexcept>
 #include <system_error>
+#include <tuple>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -63,9 +64,13 @@ bool isFloat(WavFormat format) {
   return format == WavFormat::float32 || format == WavFormat::float64;
 }
 
-// The sample as an integer of the format's size.
+// The magnitude of the most negative integer of a format's size.
+double fullScale(WavFormat format) {
+  return static_cast<double>(std::int64_t{1} << (8 * bytesOf(format) - 1));
+}
+
 std::int64_t toInteger(float sample, WavFormat format) {
-  const double scale = std::ldexp(1.0, static_cast<int>(8 * bytesOf(format)) - 1);
+  const double scale = fullScale(format);
   return static_cast<std::int64_t>(
       std::clamp(std::nearbyint(double{sample} * scale), -scale, scale - 1));
 }
@@ -135,7 +140,9 @@ Sound noise(int rate, int channels, std::size_t frames, std::uint32_t seed, floa
   return sound;
 }
 
-Sound song(int rate, int channels, std::size_t frames, std::uint32_t seed) {
+namespace {
+
+Sound makeSong(int rate, int channels, std::size_t frames, std::uint32_t seed) {
   Sound sound = sweep(rate, channels, frames, 0.2F);
   double tone = 220;
   for (auto& channel : sound.channels) {
@@ -153,8 +160,8 @@ Sound song(int rate, int channels, std::size_t frames, std::uint32_t seed) {
   return sound;
 }
 
-Sound attacks(int rate, int channels, std::size_t frames) {
-  Sound sound = song(rate, channels, frames);
+Sound makeAttacks(int rate, int channels, std::size_t frames) {
+  Sound sound = makeSong(rate, channels, frames, 1);
   const Sound bursts = noise(rate, channels, frames, 5, 0.4F);
   for (std::size_t channel = 0; channel < sound.channels.size(); ++channel) {
     for (std::size_t i = 0; i < frames; ++i) {
@@ -163,6 +170,28 @@ Sound attacks(int rate, int channels, std::size_t frames) {
     }
   }
   return sound;
+}
+
+// Keeps the last sound: tests of many formats ask for the same one again and again.
+template <auto make, class... Arguments>
+Sound kept(Arguments... arguments) {
+  thread_local std::optional<std::tuple<Arguments...>> last;
+  thread_local Sound sound;
+  if (last != std::tuple(arguments...)) {
+    sound = make(arguments...);
+    last = std::tuple(arguments...);
+  }
+  return sound;
+}
+
+}  // namespace
+
+Sound song(int rate, int channels, std::size_t frames, std::uint32_t seed) {
+  return kept<makeSong>(rate, channels, frames, seed);
+}
+
+Sound attacks(int rate, int channels, std::size_t frames) {
+  return kept<makeAttacks>(rate, channels, frames);
 }
 
 void writeWav(const std::filesystem::path& file, const Sound& sound, WavFormat format) {
@@ -193,7 +222,7 @@ void writeWav(const std::filesystem::path& file, const Sound& sound, WavFormat f
 
 Sound quantized(const Sound& sound, WavFormat format) {
   if (isFloat(format)) return sound;
-  const double scale = std::ldexp(1.0, 1 - static_cast<int>(8 * bytesOf(format)));
+  const double scale = 1 / fullScale(format);
   Sound result = sound;
   for (auto& channel : result.channels) {
     for (float& sample : channel) {

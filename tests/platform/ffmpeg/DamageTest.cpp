@@ -5,6 +5,7 @@
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::test {
 namespace {
@@ -157,7 +158,8 @@ TEST_F(Damage, WhatIsBehindTheSongIsNoPartOfIt) {
 TEST_F(Damage, GapBetweenMp3TagAndFramesChangesNothing) {
   writeWav(file("s.wav"), song(44'100, 2, sourceLength));
   for (const char* tag : {"-t", "--nohist"}) {  // without lengths in the file, and with them
-    run({"lame", "--quiet", tag, "--tt", "Name", "--id3v2-only", file("s.wav"), file("s.mp3")});
+    makeFile({"lame", "--quiet", tag, "--tt", "Name", "--id3v2-only", "{in}", "{out}"},
+             file("s.wav"), file("s.mp3"));
     const Sound whole = readAll(file("s.mp3"));
     auto bytes = readBytes(file("s.mp3"));
     ASSERT_EQ(bytes[0], 'I');

@@ -15,6 +15,7 @@
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::test {
 namespace {
@@ -59,7 +60,7 @@ TEST_P(Decoding, EverySampleIsInItsPlace) {
 // in its place.
 Sound decodedByFfmpeg(const std::filesystem::path& file, int channels) {
   const auto raw = file.parent_path() / "decoded.raw";
-  run({"ffmpeg", "-v", "error", "-y", "-i", file.string(), "-f", "f32le", raw.string()});
+  makeFile({"ffmpeg", "-v", "error", "-y", "-i", "{in}", "-f", "f32le", "{out}"}, file, raw);
   const auto bytes = readBytes(raw);
   const auto count = static_cast<std::size_t>(channels);
   Sound sound{.channels = std::vector<std::vector<float>>(count)};

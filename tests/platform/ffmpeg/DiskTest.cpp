@@ -13,6 +13,7 @@
 
 #include "platform/ffmpeg/AudioFile.h"
 #include "tests/platform/ffmpeg/Songs.h"
+#include "tests/support/MadeFiles.h"
 #include "tests/support/SystemCall.h"
 
 namespace {
@@ -88,7 +89,7 @@ TEST(KnownChain, IsOpenedAgainWithoutLookingAtItsLinks) {
   const auto link = directory.path() / "link.ogg";
   const auto chain = directory.path() / "chain.ogg";
   writeWav(directory.path() / "s.wav", song(44'100, 2, 44'100));
-  run({"oggenc", "-Q", "-o", link.string(), (directory.path() / "s.wav").string()});
+  makeFile({"oggenc", "-Q", "-o", "{out}", "{in}"}, directory.path() / "s.wav", link);
   const auto once = readBytes(link);
   std::vector<std::uint8_t> bytes;
   for (int links = 0; links < 12; ++links) bytes.insert(bytes.end(), once.begin(), once.end());

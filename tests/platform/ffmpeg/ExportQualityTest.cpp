@@ -4,6 +4,7 @@
 
 #include "tests/platform/ffmpeg/ExportFixture.h"
 #include "tests/platform/ffmpeg/Levels.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::test {
 namespace {
@@ -35,17 +36,18 @@ TEST_F(Export, NoiseIsFarBelowThatOfFfmpegsCommandAtTheSameBitRate) {
   for (const std::string name : {"frontiers.mp3", "machine_wars.mp3", "time_to_strike.mp3"}) {
     for (const std::string start : {"20", "70"}) {
       // At the ringtone's rate from the beginning, so that only the coding counts.
-      run({"ffmpeg", "-v", "error", "-y", "-ss", start, "-t", "8", "-i",
-           (realSongs / name).string(), "-ac", "2", "-ar", "44100", "-c:a", "pcm_f32le",
-           file("song.wav").string()});
+      makeFile({"ffmpeg", "-v", "error", "-y", "-ss", start, "-t", "8", "-i", "{in}", "-ac", "2",
+                "-ar", "44100", "-c:a", "pcm_f32le", "{out}"},
+               realSongs / name, file("song.wav"));
       const Sound source = readAll(file("song.wav"));
       const auto noiseOf = [&](const std::filesystem::path& coded) {
         const Sound sound = readAll(coded);
         return noiseIn(source, sound, lagBehind(source, sound, 8, 20'000, 100'000));
       };
       const auto codedAt = [&](const std::string& bitRate) {
-        run({"ffmpeg", "-v", "error", "-y", "-i", file("song.wav").string(), "-c:a", "aac", "-b:a",
-             bitRate, file("coded.m4a").string()});
+        makeFile(
+            {"ffmpeg", "-v", "error", "-y", "-i", "{in}", "-c:a", "aac", "-b:a", bitRate, "{out}"},
+            file("song.wav"), file("coded.m4a"));
         return file("coded.m4a");
       };
       ours += noiseOf(exported(file("song.wav"), 0, 8));

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "platform/ffmpeg/AudioFile.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::test {
 
@@ -91,10 +92,7 @@ int lagBehind(const Sound& reference, const Sound& sound, int reach, std::size_t
 
 std::filesystem::path makeSong(const SongFormat& format, const std::filesystem::path& wav) {
   const auto file = wav.parent_path() / format.file;
-  std::vector<std::string> command = format.command;
-  std::ranges::replace(command, std::string("{in}"), wav.string());
-  std::ranges::replace(command, std::string("{out}"), file.string());
-  run(command);
+  makeFile(format.command, wav, file);
   return file;
 }
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/platform/ffmpeg/Songs.h"
+#include "tests/support/MadeFiles.h"
 
 namespace quibel::test {
 namespace {
@@ -19,6 +20,15 @@ class Streams : public testing::Test {
   static void ffmpeg(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), {"ffmpeg", "-v", "error", "-y"});
     run(arguments);
+  }
+
+  void encodeVorbis(const std::string& from, const std::string& to) const {
+    makeFile({"oggenc", "-Q", "-o", "{out}", "{in}"}, file(from), file(to));
+  }
+
+  void encodeAac(const std::string& from, const std::string& to) const {
+    makeFile({"ffmpeg", "-v", "error", "-y", "-i", "{in}", "-c:a", "aac", "-aac_pns", "0", "{out}"},
+             file(from), file(to));
   }
 
   void concatenate(const std::string& one, const std::string& other, const std::string& to) const {
@@ -81,7 +91,7 @@ TEST_F(Streams, ChainedOggIsOneSong) {
   writeWav(file("one.wav"), song(44'100, 2, sourceLength, 1));
   writeWav(file("two.wav"), song(44'100, 2, sourceLength, 5));
   for (const std::string name : {"one", "two"}) {
-    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+    encodeVorbis(name + ".wav", name + ".ogg");
   }
   concatenate("one.ogg", "two.ogg", "chain.ogg");
   const Sound one = readAll(file("one.ogg"));
@@ -97,7 +107,7 @@ TEST_F(Streams, OggSongBehindOneThatWasCutIsAllThere) {
   for (const std::uint32_t seed : {1U, 2U}) {
     const std::string name = seed == 1 ? "a" : "b";
     writeWav(file(name + ".wav"), song(44'100, 2, sourceLength, seed));
-    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+    encodeVorbis(name + ".wav", name + ".ogg");
   }
   auto cut = readBytes(file("a.ogg"));
   cut.resize(cut.size() * 6 / 10);
@@ -111,7 +121,7 @@ TEST_F(Streams, OggSongBehindOneThatWasCutIsAllThere) {
 
 TEST_F(Streams, AnOggFileThatAnotherSongIsJoinedToIsLookedAtAgain) {
   writeWav(file("one.wav"), song(44'100, 2, sourceLength));
-  run({"oggenc", "-Q", "-o", file("one.ogg"), file("one.wav")});
+  encodeVorbis("one.wav", "one.ogg");
   concatenate("one.ogg", "one.ogg", "chain.ogg");
   ASSERT_EQ(readAll(file("chain.ogg")).frames(), 2 * sourceLength);
   concatenate("chain.ogg", "one.ogg", "chain.ogg");
@@ -122,7 +132,7 @@ TEST_F(Streams, ChainedOggKeepsTheFormOfItsFirstSection) {
   writeWav(file("one.wav"), song(44'100, 2, 44'100, 1));
   writeWav(file("two.wav"), song(48'000, 1, 48'000, 5));
   for (const std::string name : {"one", "two"}) {
-    run({"oggenc", "-Q", "-o", file(name + ".ogg"), file(name + ".wav")});
+    encodeVorbis(name + ".wav", name + ".ogg");
   }
   concatenate("one.ogg", "two.ogg", "chain.ogg");
   const Sound chain = readAll(file("chain.ogg"));
@@ -201,7 +211,7 @@ std::uint32_t oggChecksum(std::span<const std::uint8_t> page) {
 
 TEST_F(Streams, LastOggPageNeedNotBeMarked) {
   writeWav(file("s.wav"), attacks(44'100, 2, 3 * sourceLength));
-  run({"oggenc", "-Q", "-o", file("a.ogg"), file("s.wav")});
+  encodeVorbis("s.wav", "a.ogg");
   const Sound marked = readAll(file("a.ogg"));
 
   auto bytes = readBytes(file("a.ogg"));
@@ -221,7 +231,8 @@ TEST_F(Streams, LastOggPageNeedNotBeMarked) {
 
 TEST_F(Streams, TagOfFraunhofersEncoderIsNoSound) {
   writeWav(file("s.wav"), song(44'100, 2, sourceLength));
-  run({"lame", "--quiet", "-t", "-b", "128", file("s.wav"), file("plain.mp3")});
+  makeFile({"lame", "--quiet", "-t", "-b", "128", "{in}", "{out}"}, file("s.wav"),
+           file("plain.mp3"));
   const auto plain = readBytes(file("plain.mp3"));
   // A frame of its own in front: a header and, behind 32 empty bytes, the tag.
   std::vector<std::uint8_t> tagged(plain.begin(), plain.begin() + 4);
@@ -265,8 +276,9 @@ TEST_F(Streams, SongsJoinedWithTheirTagsAreAllThere) {
   writeWav(file("other.wav"), other);
   // A picture of a million bytes, as if hours of sound were lost.
   const std::vector<std::uint8_t> noise(1'000'000, 0x55);
-  run({"lame", "--quiet", "--id3v1-only", "--tt", "Uno", file("one.wav"), file("a.mp3")});
-  run({"lame", "--quiet", file("other.wav"), file("b.mp3")});
+  makeFile({"lame", "--quiet", "--id3v1-only", "--tt", "Uno", "{in}", "{out}"}, file("one.wav"),
+           file("a.mp3"));
+  makeFile({"lame", "--quiet", "{in}", "{out}"}, file("other.wav"), file("b.mp3"));
   std::vector<std::uint8_t> tag{'I', 'D', '3', 3, 0, 0, 0, 61, 4, 64};  // 1,000,000 in sevens
   tag.insert(tag.end(), noise.begin(), noise.end());
   writeBytes(file("tag"), tag);
@@ -277,8 +289,11 @@ TEST_F(Streams, SongsJoinedWithTheirTagsAreAllThere) {
   // The other's delay and its frame of notes are sound here.
   EXPECT_NEAR(static_cast<double>(joined.frames()), 2.0 * sourceLength, 4 * 1152);
   EXPECT_EQ(lagBehind(one, joined, 1200, 20'000, 20'000), 0);
-  const int lag = lagBehind(other, joined, 100'000, 20'000, 20'000);
-  EXPECT_NEAR(lag, sourceLength, 4 * 1152);
+  Sound second = joined;
+  for (auto& channel : second.channels) {
+    channel.erase(channel.begin(), channel.begin() + sourceLength);
+  }
+  EXPECT_NEAR(lagBehind(other, second, 20'000, 30'000, 10'000), 0, 4 * 1152);
   expectSeeksToBeExact("d.mp3");
 }
 
@@ -337,7 +352,7 @@ Bytes cafOf(const Bytes& stream, std::int64_t song, std::int64_t priming, std::i
 TEST_F(Streams, CafLeavesOutWhatItsPacketTableNotes) {
   const Sound source = song(44'100, 2, sourceLength);
   writeWav(file("s.wav"), source);
-  ffmpeg({"-i", file("s.wav"), "-c:a", "aac", "-aac_pns", "0", file("a.aac")});
+  encodeAac("s.wav", "a.aac");
   const auto stream = readBytes(file("a.aac"));
   constexpr std::int64_t frames = 90'112;  // 88 packets
   constexpr auto length = static_cast<std::int64_t>(sourceLength);
@@ -355,7 +370,8 @@ TEST_F(Streams, CafLeavesOutWhatItsPacketTableNotes) {
 
 TEST_F(Streams, FreeFormatIsRefusedWithASentence) {
   writeWav(file("s.wav"), song(44'100, 2, sourceLength));
-  run({"lame", "--quiet", "-t", "--freeformat", "-b", "200", file("s.wav"), file("free.mp3")});
+  makeFile({"lame", "--quiet", "-t", "--freeformat", "-b", "200", "{in}", "{out}"}, file("s.wav"),
+           file("free.mp3"));
   EXPECT_EQ(failureOf(file("free.mp3")), "El archivo no es de un formato de audio conocido.");
 }
 
@@ -364,8 +380,8 @@ TEST_F(Streams, ChangeOfRateOrChannelsKeepsTheFormOfTheFirstSection) {
   writeWav(file("mono.wav"), song(44'100, 1, 44'100));
   writeWav(file("fast.wav"), song(48'000, 2, 48'000));
   for (const std::string name : {"one", "mono", "fast"}) {
-    run({"lame", "--quiet", "-t", file(name + ".wav"), file(name + ".mp3")});
-    ffmpeg({"-i", file(name + ".wav"), "-c:a", "aac", "-aac_pns", "0", file(name + ".aac")});
+    makeFile({"lame", "--quiet", "-t", "{in}", "{out}"}, file(name + ".wav"), file(name + ".mp3"));
+    encodeAac(name + ".wav", name + ".aac");
   }
   for (const std::string extension : {".mp3", ".aac"}) {
     const auto length = readAll(file("one" + extension)).frames();
