@@ -4,6 +4,7 @@
 
 #include "tests/platform/ffmpeg/ExportFixture.h"
 #include "tests/platform/ffmpeg/Levels.h"
+#include "tests/support/MadeFiles.h"
 
 // Ringtones as programs read them that share nothing with this one but, for two
 // of them, the decoder.
@@ -68,8 +69,9 @@ class ForeignReader : public Export, public testing::WithParamInterface<Reader> 
   /// A song at another rate, converted by another program.
   static std::filesystem::path converted(const std::filesystem::path& song, int rate,
                                          const std::filesystem::path& to) {
-    run({"ffmpeg", "-v", "error", "-y", "-i", song.string(), "-ar", std::to_string(rate), "-c:a",
-         "pcm_f32le", to.string()});
+    makeFile({"ffmpeg", "-v", "error", "-y", "-i", "{in}", "-ar", std::to_string(rate), "-c:a",
+              "pcm_f32le", "{out}"},
+             song, to);
     return to;
   }
 };
@@ -78,12 +80,10 @@ TEST_P(ForeignReader, HearsTheSongFromTheStartAtItsLevel) {
   struct Form {
     int rate, channels, toRate;
   };
-  for (const Form& form :
-       {Form{44'100, 2, 44'100}, Form{44'100, 1, 44'100}, Form{48'000, 2, 48'000},
-        Form{8'000, 1, 48'000}, Form{11'025, 2, 44'100}, Form{22'050, 1, 44'100},
-        Form{32'000, 2, 48'000}, Form{88'200, 2, 44'100}, Form{96'000, 2, 48'000},
-        Form{192'000, 1, 48'000}, Form{48'000, 6, 48'000}, Form{44'100, 3, 44'100},
-        Form{44'100, 8, 44'100}}) {
+  // Every form that a ringtone has. Other songs are converted to these before they are
+  // encoded, and their files differ in nothing from these.
+  for (const Form& form : {Form{44'100, 2, 44'100}, Form{44'100, 1, 44'100},
+                           Form{48'000, 2, 48'000}, Form{8'000, 1, 48'000}}) {
     // A rising tone, which coders keep whole and no two places of which are alike.
     const int least = std::min(form.rate, form.toRate);
     writeWav(file("rising.wav"), sweep(least, form.channels, std::size_t{5} * unsigned(least)));
@@ -105,8 +105,6 @@ TEST_P(ForeignReader, HearsTheSongFromTheStartAtItsLevel) {
       // The song's frame at the start may begin a part of a frame before it.
       const double before = start * form.rate - std::floor(start * form.rate);
       EXPECT_LE(std::abs(lag), 1 + std::lround(before * form.toRate / form.rate));
-      // Of more channels there is less, so that all of them together are not too loud.
-      if (form.channels > 2) continue;
       EXPECT_NEAR(level(cut(tone, packet, stretch)), level(cut(expected, packet, stretch)), 0.1);
     }
   }
