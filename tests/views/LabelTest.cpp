@@ -39,7 +39,9 @@ class Labels : public ContentFixture {
     const auto text = label.text().toStdString();
     EXPECT_EQ(label.font().pixelSize(), expected.pixelSize()) << text;
     EXPECT_EQ(label.font().weight(), expected.weight()) << text;
-    EXPECT_EQ(label.font().families(), expected.families()) << text;
+    EXPECT_EQ(label.font().families().join(u',').toStdString(),
+              expected.families().join(u',').toStdString())
+        << text;
   }
 
   static void expectColor(QLabel& label, Role role) {

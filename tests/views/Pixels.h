@@ -33,7 +33,7 @@ inline bool alike(const QColor& a, const QColor& b, int tolerance = 2) {
 
 #define EXPECT_ALIKE(actual, expected) \
   EXPECT_TRUE(alike(actual, expected)) \
-      << testing::PrintToString(actual) << " is not " << testing::PrintToString(expected)
+      << testing::PrintToString(actual) << " is not " << testing::PrintToString(expected) << ' '
 
 /// A desktop's scheme on a display of so many device pixels a point.
 struct Display {

@@ -50,7 +50,7 @@ class WorkspacePixels : public EditorFixture, public testing::WithParamInterface
     const Picture seen(*found, GetParam().ratio, panel);
     for (int side = 14; side <= 20; ++side) {
       for (int x = 4; x < found->width() / 2; ++x) {
-        const QRectF place(x, (found->height() - side) / 2, side, side);
+        const QRect place(x, (found->height() - side) / 2, side, side);
         if (seen.shows(symbol, place, color)) return true;
       }
     }
