@@ -9,7 +9,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/desktop/Panels.h"
 #include "platform/desktop/PreciseTimer.h"
 #include "platform/desktop/Reveal.h"
 
@@ -126,11 +125,11 @@ std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(
 }
 
 std::optional<platform::FileURL> DesktopPlatform::runModal(const platform::OpenPanel& panel) {
-  return desktop::runOpenPanel(panel);
+  return panels_.runModal(panel);
 }
 
 std::optional<platform::FileURL> DesktopPlatform::runModal(const platform::SavePanel& panel) {
-  return desktop::runSavePanel(panel);
+  return panels_.runModal(panel);
 }
 
 std::optional<platform::ContentType> DesktopPlatform::contentType(

@@ -7,6 +7,7 @@
 #include "platform/desktop/BackgroundQueue.h"
 #include "platform/desktop/LocalFileManager.h"
 #include "platform/desktop/MainQueue.h"
+#include "platform/desktop/Panels.h"
 #include "platform/media/MediaModule.h"
 
 namespace quibel {
@@ -46,6 +47,7 @@ class DesktopPlatform final : public platform::Platform {
   // destroyed before it.
   std::stop_source stop_;
   desktop::LocalFileManager fileManager_;
+  desktop::Panels panels_;
   desktop::MainQueue mainQueue_;
   media::MediaModule media_;
   std::shared_ptr<ExportsUnderWay> exports_;

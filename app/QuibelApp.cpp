@@ -1,12 +1,12 @@
 #include "app/QuibelApp.h"
 
 #include <QDebug>
+#include <QDir>
 #include <exception>
 
 #include "app/ApplicationIcon.h"
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
-#include "platform/desktop/Panels.h"
 #include "platform/desktop/SpanishTexts.h"
 
 namespace quibel {
@@ -17,7 +17,8 @@ QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
   setDesktopFileName(QStringLiteral("org.quibel.quibel"));
   setWindowIcon(applicationIcon());
   desktop::installSpanishTexts(*this);
-  desktop::preparePanels();
+  // A working folder on a removable disk would keep it from being ejected.
+  static_cast<void>(QDir::setCurrent(QDir::rootPath()));
 }
 
 int QuibelApp::run() {

@@ -1,13 +1,11 @@
 #include "platform/desktop/Panels.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMimeDatabase>
 #include <QSettings>
-#include <QStandardPaths>
 #include <QStringList>
 #include <algorithm>
 #include <utility>
@@ -66,12 +64,6 @@ platform::FileURL withOwnBytes(const platform::FileURL& chosen) {
   return fileShownAs(QFile::decodeName(chosen.path().c_str()));
 }
 
-/// The next panel opens where this one was confirmed.
-platform::FileURL confirmed(platform::FileURL url) {
-  static_cast<void>(QDir::setCurrent(QFile::decodeName(url.path().parent_path().c_str())));
-  return url;
-}
-
 bool mayReplace(const platform::FileURL& url) {
   const auto name = QFile::decodeName(url.lastPathComponent().c_str());
   return QMessageBox::warning(QApplication::activeWindow(), QStringLiteral("Quibel"),
@@ -93,35 +85,36 @@ QString nameFilter(const std::vector<platform::ContentType>& types) {
 }
 
 platform::FileURL withExtension(const platform::FileURL& url, const std::string& extension) {
-  if (extension.empty() || url.path().has_extension()) return url;
+  const auto name = QString::fromStdString(url.lastPathComponent());
+  const auto ending = QLatin1Char('.') + QString::fromStdString(extension);
+  if (extension.empty() || name.endsWith(ending, Qt::CaseInsensitive)) return url;
   return url.appendingPathExtension(extension);
 }
 
-void preparePanels() {
+Panels::Panels() {
   // No folder can be made below it, so that nothing is read or written there.
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
-  for (const auto place : {QStandardPaths::MusicLocation, QStandardPaths::HomeLocation}) {
-    if (QDir::setCurrent(QStandardPaths::writableLocation(place))) return;
-  }
 }
 
-std::optional<platform::FileURL> runOpenPanel(const platform::OpenPanel& panel) {
+std::optional<platform::FileURL> Panels::runModal(const platform::OpenPanel& panel) {
   QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
-  dialog.setDirectory(QDir::currentPath());
+  dialog.setDirectory(folder_.toOpenFrom());
   dialog.setAcceptMode(QFileDialog::AcceptOpen);
   dialog.setFileMode(panel.allowsMultipleSelection ? QFileDialog::ExistingFiles
                                                    : QFileDialog::ExistingFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return chosenIn(dialog).transform(withOwnBytes).transform(confirmed);
+  const auto chosen = chosenIn(dialog).transform(withOwnBytes);
+  if (chosen) folder_.remember(*chosen);
+  return chosen;
 }
 
-std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) {
+std::optional<platform::FileURL> Panels::runModal(const platform::SavePanel& panel) {
   const std::string extension =
       panel.allowedContentTypes.empty() ? "" : panel.allowedContentTypes.front().filenameExtension;
   QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(panel.title));
-  dialog.setDirectory(QDir::currentPath());
+  dialog.setDirectory(folder_.toSaveIn());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
@@ -132,8 +125,10 @@ std::optional<platform::FileURL> runSavePanel(const platform::SavePanel& panel) 
     // A dialog asks about the name it knows. One with our extension is ours to ask about:
     // told of it, a desktop's dialog would add it too, and only after asking.
     auto named = withExtension(withOwnBytes(*chosen), extension);
-    if (named == *chosen || !LocalFileManager().fileExists(named) || mayReplace(named))
-      return confirmed(named);
+    if (named == *chosen || !LocalFileManager().fileExists(named) || mayReplace(named)) {
+      folder_.remember(named);
+      return named;
+    }
   }
   return std::nullopt;
 }

@@ -8,6 +8,7 @@
 
 #include "tests/export/Hardships.h"
 #include "tests/export/Workshop.h"
+#include "tests/support/WithoutRights.h"
 
 namespace quibel::test {
 namespace {

@@ -12,18 +12,12 @@ namespace quibel::test {
 
 namespace {
 
-constexpr uid_t nobody = 65534;
-
 bool mountAt(const std::filesystem::path& folder) {
   const int spaces = ::geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER;
   std::filesystem::create_directory(folder);
   return ::unshare(spaces) == 0 &&
          ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
          ::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
-}
-
-void become(uid_t user) {
-  if (::seteuid(user) != 0) throw std::runtime_error("cannot become another user");
 }
 
 }  // namespace
@@ -36,14 +30,6 @@ SmallDisk::~SmallDisk() {
 
 bool SmallDisk::makeReadOnly() const {
   return ::mount(nullptr, path_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
-}
-
-WithoutRights::WithoutRights() {
-  if (::getuid() == 0) become(nobody);
-}
-
-WithoutRights::~WithoutRights() {
-  if (::getuid() == 0) static_cast<void>(::seteuid(0));
 }
 
 SizeLimit::SizeLimit(rlim_t bytes) {

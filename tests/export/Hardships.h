@@ -25,15 +25,6 @@ class SmallDisk {
   bool isThere_;
 };
 
-/// Nobody's rights while it lives, where the tests run with all of them.
-class WithoutRights {
- public:
-  WithoutRights();
-  WithoutRights(const WithoutRights&) = delete;
-  WithoutRights& operator=(const WithoutRights&) = delete;
-  ~WithoutRights();
-};
-
 /// A limit for the size of files while it lives. SIGXFSZ is to be ignored.
 class SizeLimit {
  public:

@@ -1,9 +1,12 @@
+import contextlib
+import pathlib
 import re
 import unittest
 
 import songs
 from quibel import CHANGE, CHOOSE, CREATE, LISTEN, OPEN_PANEL
 from scenario import Scenario
+from waiting import wait_until
 
 
 class Welcome(Scenario):
@@ -68,6 +71,24 @@ class Panels(Scenario):
         self.quibel.click(CHANGE)
         self.quibel.wait_for("tree item", "vecina.wav")
         self.quibel.cancel_panel(OPEN_PANEL)
+
+    def test_no_folder_of_a_panel_stays_in_use(self):
+        stick = self.song("lápiz")
+        stick.mkdir()
+        self.quibel.click(CHOOSE)
+        self.quibel.answer_panel(OPEN_PANEL, songs.tone(stick / "canción.wav", 2))
+        self.quibel.wait_until_loaded()
+        process = pathlib.Path(f"/proc/{self.quibel.process.pid}")
+        self.assertEqual((process / "cwd").readlink(), pathlib.Path("/"))
+
+        def in_use():
+            files = []
+            for link in (process / "fd").iterdir():
+                with contextlib.suppress(FileNotFoundError):  # closed meanwhile
+                    files.append(link.readlink())
+            return [file for file in files if file.is_relative_to(stick)]
+
+        wait_until(lambda: not in_use(), lambda: f"what is in use still: {in_use()}")
 
     def test_nothing_of_a_panel_is_kept_on_disk(self):
         self.quibel.click(CHOOSE)

@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QTimer>
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 
 #include "platform/desktop/Panels.h"
 #include "tests/platform/desktop/TemporaryFolder.h"
+#include "tests/support/WithoutRights.h"
 
 namespace quibel::desktop {
 namespace {
@@ -62,6 +64,7 @@ void type(QDialog& dialog, const QString& name) {
 }
 
 struct PanelsTest : testing::Test {
+  Panels panels;
   TemporaryFolder folder;
   const platform::OpenPanel open{"Selecciona una canción", {ContentType::audio()}, false};
   const platform::SavePanel save{"Guardar tono para iPhone", "Mi canción.m4r", {{"m4r"}}};
@@ -94,13 +97,13 @@ TEST_F(PanelsTest, AnOpenPanelHasItsTitleAndTakesOneExistingFile) {
     EXPECT_TRUE(panel.nameFilters().join(QString()).startsWith(QStringLiteral("Audio (")));
     accept(QStringLiteral("Mi canción.mp3"))(dialog);
   }});
-  EXPECT_EQ(runOpenPanel(open), song);
+  EXPECT_EQ(panels.runModal(open), song);
 }
 
 TEST_F(PanelsTest, ACancelledPanelChoosesNothing) {
   const Person person({cancel, cancel});
-  EXPECT_EQ(runOpenPanel(open), std::nullopt);
-  EXPECT_EQ(runSavePanel(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(open), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
 }
 
 TEST_F(PanelsTest, ASavePanelProposesItsName) {
@@ -110,35 +113,144 @@ TEST_F(PanelsTest, ASavePanelProposesItsName) {
               QStringLiteral("Mi canción.m4r"));
     cancel(dialog);
   }});
-  runSavePanel(save);
+  panels.runModal(save);
 }
 
-TEST_F(PanelsTest, ANameWithoutExtensionGetsTheRingtones) {
+TEST_F(PanelsTest, ANameThatEndsOtherwiseGetsTheRingtonesExtension) {
   const Person person({accept(QStringLiteral("tono")), accept(QStringLiteral("tono.m4r")),
-                       accept(QStringLiteral(".tono")), accept(QStringLiteral("tono.v2"))});
-  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
-  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
-  EXPECT_EQ(runSavePanel(save), folder.url(".tono.m4r"));
-  EXPECT_EQ(runSavePanel(save), folder.url("tono.v2"));
+                       accept(QStringLiteral(".tono")), accept(QStringLiteral("tono.m4a")),
+                       accept(QStringLiteral("TONO.M4R"))});
+  EXPECT_EQ(panels.runModal(save), folder.url("tono.m4r"));
+  EXPECT_EQ(panels.runModal(save), folder.url("tono.m4r"));
+  EXPECT_EQ(panels.runModal(save), folder.url(".tono.m4r"));
+  EXPECT_EQ(panels.runModal(save), folder.url("tono.m4a.m4r"));
+  EXPECT_EQ(panels.runModal(save), folder.url("TONO.M4R"));
+}
+
+/// Where panels open, for a person whose home holds a music folder.
+struct PanelFolderTest : PanelsTest {
+  void SetUp() override {
+    std::filesystem::create_directories(music);
+    openToAll(folder.path());
+    openToAll(home);
+    openToAll(music);
+    qputenv("HOME", home.c_str());
+    qputenv("XDG_CONFIG_HOME", (home / ".config").c_str());
+  }
+  void TearDown() override {
+    qputenv("HOME", homeBefore);
+    configBefore.isNull() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", configBefore);
+  }
+
+  static void openToAll(const std::filesystem::path& path) {
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+  }
+
+  /// Sees where the panel opens, and leaves it.
+  static Person::Answer look(std::filesystem::path& there) {
+    return [&there](QDialog& dialog) {
+      there = dynamic_cast<QFileDialog&>(dialog).directory().path().toStdString();
+      dialog.reject();
+    };
+  }
+
+  std::filesystem::path opensFrom() {
+    std::filesystem::path there;
+    const Person person({look(there)});
+    panels.runModal(open);
+    return there;
+  }
+
+  std::filesystem::path savesIn() {
+    std::filesystem::path there;
+    const Person person({look(there)});
+    panels.runModal(save);
+    return there;
+  }
+
+  /// Has a song chosen in the test's own folder.
+  void choose() {
+    folder.write("canción.mp3", "");
+    const Person person({accept(QStringLiteral("canción.mp3"))});
+    ASSERT_TRUE(panels.runModal(open));
+  }
+
+  const QByteArray homeBefore = qgetenv("HOME");
+  const QByteArray configBefore = qgetenv("XDG_CONFIG_HOME");
+  const std::filesystem::path home = folder.path() / "home";
+  const std::filesystem::path music = home / "Music";
+};
+
+TEST_F(PanelFolderTest, TheFirstPanelOpensInTheMusicFolderAndWithoutOneAtHome) {
+  EXPECT_EQ(opensFrom(), music);
+  EXPECT_EQ(savesIn(), music);
+  std::filesystem::remove(music);
+  EXPECT_EQ(opensFrom(), home);
+}
+
+TEST_F(PanelFolderTest, ALaterPanelOpensWhereTheLastWasConfirmed) {
+  choose();
+  EXPECT_EQ(opensFrom(), folder.path());
+  EXPECT_EQ(savesIn(), folder.path());
+}
+
+TEST_F(PanelFolderTest, TheWorkingFolderStaysWhatItWas) {
+  const auto before = std::filesystem::current_path();
+  choose();
+  EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
+TEST_F(PanelFolderTest, ASavePanelProposesAFolderThatCanBeWrittenTo) {
+  choose();
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
+  {
+    const test::WithoutRights ordinary;
+    EXPECT_EQ(opensFrom(), folder.path());
+    EXPECT_EQ(savesIn(), music);
+  }
+  std::filesystem::permissions(music, std::filesystem::perms(0555));
+  {
+    const test::WithoutRights ordinary;
+    EXPECT_EQ(savesIn(), home);
+  }
+}
+
+TEST_F(PanelFolderTest, AFolderThatHasGoneIsNotProposed) {
+  {
+    const TemporaryFolder stick;
+    stick.write("canción.mp3", "");
+    const Person person({[&](QDialog& dialog) {
+      dynamic_cast<QFileDialog&>(dialog).setDirectory(
+          QString::fromStdString(stick.path().string()));
+      type(dialog, QStringLiteral("canción.mp3"));
+      dialog.accept();
+    }});
+    ASSERT_TRUE(panels.runModal(open));
+  }
+  EXPECT_EQ(opensFrom(), music);
+  EXPECT_EQ(savesIn(), music);
 }
 
 TEST_F(PanelsTest, AnExistingFileIsChosenOnlyOnceThePersonAgrees) {
   folder.write("tono.m4r", "viejo");
   const Person person({accept(QStringLiteral("tono.m4r")), press(QMessageBox::No), cancel,
                        accept(QStringLiteral("tono.m4r")), press(QMessageBox::Yes)});
-  EXPECT_EQ(runSavePanel(save), std::nullopt);
-  EXPECT_EQ(runSavePanel(save), folder.url("tono.m4r"));
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), folder.url("tono.m4r"));
 }
 
 TEST_F(PanelsTest, AnExistingFileIsAskedForUnderTheNameItGets) {
   folder.write("tono.m4r", "viejo");
   folder.write(".tono.m4r", "viejo");
+  folder.write("vol. 2.m4r", "viejo");
   const Person person({accept(QStringLiteral("tono")), press(QMessageBox::No), cancel,
+                       accept(QStringLiteral("vol. 2")), press(QMessageBox::No), cancel,
                        accept(QStringLiteral(".tono")), press(QMessageBox::No), cancel,
                        accept(QStringLiteral(".tono")), press(QMessageBox::Yes)});
-  EXPECT_EQ(runSavePanel(save), std::nullopt);
-  EXPECT_EQ(runSavePanel(save), std::nullopt);
-  EXPECT_EQ(runSavePanel(save), folder.url(".tono.m4r"));
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), folder.url(".tono.m4r"));
 }
 
 TEST_F(PanelsTest, AnExistingFileWhoseNameIsNoUtf8IsAskedFor) {
@@ -146,8 +258,8 @@ TEST_F(PanelsTest, AnExistingFileWhoseNameIsNoUtf8IsAskedFor) {
   const auto asItShows = QStringLiteral("caf%1.m4r").arg(QChar(QChar::ReplacementCharacter));
   const Person person({accept(asItShows), press(QMessageBox::No), cancel, accept(asItShows),
                        press(QMessageBox::Yes)});
-  EXPECT_EQ(runSavePanel(save), std::nullopt);
-  EXPECT_EQ(runSavePanel(save), old);
+  EXPECT_EQ(panels.runModal(save), std::nullopt);
+  EXPECT_EQ(panels.runModal(save), old);
 }
 
 TEST(NameFilter, AudioAdmitsTheUsualSongsInEitherCase) {
@@ -169,10 +281,14 @@ TEST(NameFilter, AnExtensionAdmitsItsFilesOnly) {
   EXPECT_EQ(nameFilter({{"m4r"}}), QStringLiteral("Tono para iPhone (*.m4r)"));
 }
 
-TEST(WithExtension, IsAddedOnlyWhereThereIsNone) {
+TEST(WithExtension, IsAddedUnlessTheNameEndsInIt) {
   EXPECT_EQ(withExtension(FileURL("/x/tono"), "m4r"), FileURL("/x/tono.m4r"));
   EXPECT_EQ(withExtension(FileURL("/x/tono.m4r"), "m4r"), FileURL("/x/tono.m4r"));
-  EXPECT_EQ(withExtension(FileURL("/x/a.b"), "m4r"), FileURL("/x/a.b"));
+  EXPECT_EQ(withExtension(FileURL("/x/a.b"), "m4r"), FileURL("/x/a.b.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/Mi canción vol. 2"), "m4r"),
+            FileURL("/x/Mi canción vol. 2.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/tono.m4a"), "m4r"), FileURL("/x/tono.m4a.m4r"));
+  EXPECT_EQ(withExtension(FileURL("/x/TONO.M4R"), "m4r"), FileURL("/x/TONO.M4R"));
   EXPECT_EQ(withExtension(FileURL("/x/.tono"), "m4r"), FileURL("/x/.tono.m4r"));
   EXPECT_EQ(withExtension(FileURL("/x/tono "), "m4r"), FileURL("/x/tono .m4r"));
   EXPECT_EQ(withExtension(FileURL("/x/\xFF"), "m4r"), FileURL("/x/\xFF.m4r"));
