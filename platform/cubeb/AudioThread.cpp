@@ -102,6 +102,7 @@ void AudioThread::run() {
       due.reset();
       for (const auto& player : players)
         if (const auto next = player->service(device)) due = std::min(*next, due.value_or(*next));
+      if (players.empty()) device.rest();
     }
     for (const auto& player : players) player->close();
   }

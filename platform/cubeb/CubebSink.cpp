@@ -4,6 +4,7 @@
 #include <atomic>
 #include <expected>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <cubeb/cubeb.h>
@@ -99,6 +100,12 @@ class CubebContext final : public SinkContext {
       return std::unexpected(platform::Error("La salida de sonido no admite este audio (" +
                                              std::to_string(format.rate) + " Hz)."));
     return noOutput();
+  }
+
+  // The others look after their streams in a thread of their own, ALSA's once a second,
+  // also where there are none.
+  bool isQuiet() const override {
+    return std::string_view(cubeb_get_backend_id(context_.get())).starts_with("pulse");
   }
 
  private:

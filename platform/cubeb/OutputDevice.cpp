@@ -35,6 +35,10 @@ platform::Result<void> OutputDevice::connect() {
 
 void OutputDevice::drop() { context_.reset(); }
 
+void OutputDevice::rest() {
+  if (context_ && !context_->isQuiet()) drop();
+}
+
 platform::Error OutputDevice::refuse(platform::Error error) {
   drop();
   lastError_ = error;

@@ -25,6 +25,9 @@ class OutputDevice {
   /// Forgets the connection after one of its sinks has failed.
   void drop();
 
+  /// To be called while there is no sink: keeps the connection only if it is quiet.
+  void rest();
+
  private:
   platform::Error refuse(platform::Error error);
 

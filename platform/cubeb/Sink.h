@@ -66,6 +66,9 @@ class SinkContext {
 
   virtual platform::Result<std::unique_ptr<Sink>> open(const SinkFormat& format,
                                                        SinkSource& source) = 0;
+
+  /// Whether it wakes no thread up while it has no sink.
+  virtual bool isQuiet() const = 0;
 };
 
 /// Connects to the sound output, or says why that cannot be. Audio thread only.

@@ -28,6 +28,9 @@ class FakeOutput {
 
   void setAbsent(bool absent) { set(absent_, absent); }
 
+  /// Whether its connections wake nothing up while they have no sink.
+  void setQuiet(bool quiet) { set(quiet_, quiet); }
+
   /// The next `frames` frames that the sink plays, interleaved; none while it is stopped.
   std::vector<float> pull(std::uint32_t frames) {
     const std::lock_guard lock(mutex_);
@@ -87,6 +90,7 @@ class FakeOutput {
       output_.set(output_.format_, format);
       return std::make_unique<FakeSink>(output_, source);
     }
+    bool isQuiet() const override { return output_.get(output_.quiet_); }
 
    private:
     FakeOutput& output_;
@@ -111,6 +115,7 @@ class FakeOutput {
   bool running_ = false;
   bool failed_ = false;
   bool absent_ = false;
+  bool quiet_ = true;
   int connections_ = 0;
   int starts_ = 0;
 };

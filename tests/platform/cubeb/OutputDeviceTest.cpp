@@ -63,5 +63,16 @@ TEST_F(OutputDeviceTest, ADroppedConnectionIsMadeAnew) {
   EXPECT_EQ(output.connections(), 2);
 }
 
+TEST_F(OutputDeviceTest, AQuietConnectionIsKeptForLaterAndNoOther) {
+  ASSERT_TRUE(device.connect());
+  device.rest();
+  EXPECT_TRUE(opens());
+  EXPECT_EQ(output.connections(), 1);
+  output.setQuiet(false);
+  device.rest();
+  EXPECT_TRUE(opens());
+  EXPECT_EQ(output.connections(), 2);
+}
+
 }  // namespace
 }  // namespace quibel::playback
