@@ -2,20 +2,13 @@
 
 #include <QApplication>
 #include <QDBusArgument>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QMap>
+#include <QWidget>
 
+#include "views/Motion.h"
 #include "views/Theme.h"
 
 namespace quibel {
 namespace {
-
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 
 std::optional<QColor> accentOf(const QVariant& value) {
   if (!value.canConvert<QDBusArgument>()) return std::nullopt;
@@ -68,56 +61,92 @@ void raiseContrast(QPalette& palette, bool isDark) {
   }
 }
 
+void setAccent(QPalette& palette, const QColor& accent) {
+  palette.setColor(QPalette::Highlight, accent);
+  palette.setColor(
+      QPalette::HighlightedText,
+      contrastRatio(Qt::white, accent) >= contrastRatio(Qt::black, accent) ? Qt::white : Qt::black);
+}
+
+double textScaleOf(const QVariant& value) {
+  // The range of GNOME's setting.
+  const double scale = value.toDouble();
+  return scale >= 0.5 && scale <= 3 ? scale : 1;
+}
+
+std::optional<QFont> fontOf(const QVariant& value) {
+  const auto description = value.toString();
+  QFont font;
+  // A name alone would be read as a font of any size.
+  if (!description.contains(QLatin1Char(',')) || !font.fromString(description)) return std::nullopt;
+  return font;
+}
+
+/// Views with a font of their own are told as well, which Qt leaves out.
+void setFont(const QFont& font) {
+  QApplication::setFont(font);
+  for (auto* const widget : QApplication::allWidgets()) {
+    QEvent changed(QEvent::ApplicationFontChange);
+    QCoreApplication::sendEvent(widget, &changed);
+  }
+}
+
 }  // namespace
 
-Appearance appearance(const QVariantMap& settings) {
+Appearance appearance(const SettingGroups& groups) {
   constexpr unsigned preferDark = 1;
   constexpr unsigned higherContrast = 1;
-  return {settings.value(QStringLiteral("color-scheme")).toUInt() == preferDark,
-          settings.value(QStringLiteral("contrast")).toUInt() == higherContrast,
-          accentOf(settings.value(QStringLiteral("accent-color")))};
+  constexpr unsigned lessMotion = 1;
+  const auto settings = groups.value(settings::appearance);
+  const auto gnome = groups.value(settings::gnomeInterface);
+  return {
+      .isDark = settings.value(QStringLiteral("color-scheme")).toUInt() == preferDark,
+      .isHighContrast = settings.value(QStringLiteral("contrast")).toUInt() == higherContrast,
+      .accent = accentOf(settings.value(QStringLiteral("accent-color"))),
+      .isMotionReduced = settings.value(QStringLiteral("reduced-motion")).toUInt() == lessMotion ||
+                         !gnome.value(QStringLiteral("enable-animations"), true).toBool(),
+      .textScale = textScaleOf(gnome.value(QStringLiteral("text-scaling-factor"))),
+      .font = fontOf(groups.value(settings::kdeGeneral).value(QStringLiteral("font")))};
 }
 
 QPalette palette(const Appearance& appearance, const QPalette& light) {
   auto palette = appearance.isDark ? darkPalette() : light;
   if (appearance.isHighContrast) raiseContrast(palette, appearance.isDark);
-  const auto accent = appearance.accent.value_or(light.color(QPalette::Highlight));
-  palette.setColor(QPalette::Highlight, accent);
-  palette.setColor(
-      QPalette::HighlightedText,
-      contrastRatio(Qt::white, accent) >= contrastRatio(Qt::black, accent) ? Qt::white : Qt::black);
+  setAccent(palette, appearance.accent.value_or(light.color(QPalette::Highlight)));
   return palette;
 }
 
-DesktopAppearance::DesktopAppearance(const QDBusConnection& bus)
-    : bus_(bus), light_(QApplication::palette()) {
-  if (!isBuiltInPalette(light_)) return;
-  // Without a bus the appearance is the one that the window began with.
-  static_cast<void>(bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-                                 SLOT(settingChanged(QString))));
-  ask();
+QFont font(const Appearance& appearance, const QFont& own) {
+  auto font = appearance.font.value_or(own);
+  if (font.pointSizeF() > 0) {
+    font.setPointSizeF(font.pointSizeF() * appearance.textScale);
+  } else {
+    font.setPixelSize(qRound(font.pixelSize() * appearance.textScale));
+  }
+  return font;
 }
 
-void DesktopAppearance::settingChanged(const QString& group) {
-  if (group == appearanceGroup) ask();
+DesktopAppearance::DesktopAppearance(const DesktopSettings& settings)
+    : ownPalette_(QApplication::palette()), ownFont_(QApplication::font()) {
+  connect(&settings, &DesktopSettings::read, this,
+          [this](const SettingGroups& groups) { show(appearance(groups)); });
 }
 
-void DesktopAppearance::ask() {
-  auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
-  call.setArguments({QStringList{appearanceGroup}});
-  auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-  connect(watcher, &QDBusPendingCallWatcher::finished, this, &DesktopAppearance::answered);
+void DesktopAppearance::show(Appearance appearance) const {
+  setMotionReduced(appearance.isMotionReduced);
+  // An X server's desktop gives its scale to Qt as the resolution of its screens.
+  if (QGuiApplication::platformName() == QLatin1String("xcb")) appearance.textScale = 1;
+  if (const auto wanted = font(appearance, ownFont_); wanted != QApplication::font())
+    setFont(wanted);
+  if (const auto wanted = paletteFor(appearance); wanted != QApplication::palette())
+    QApplication::setPalette(wanted);
 }
 
-void DesktopAppearance::answered(QDBusPendingCallWatcher* call) {
-  call->deleteLater();
-  const auto reply = call->reply();
-  if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != QLatin1String("a{sa{sv}}"))
-    return;
-  QMap<QString, QVariantMap> groups;
-  reply.arguments().constFirst().value<QDBusArgument>() >> groups;
-  const auto wanted = palette(appearance(groups.value(appearanceGroup)), light_);
-  if (wanted != QApplication::palette()) QApplication::setPalette(wanted);
+QPalette DesktopAppearance::paletteFor(const Appearance& appearance) const {
+  if (isBuiltInPalette(ownPalette_)) return palette(appearance, ownPalette_);
+  auto given = ownPalette_;
+  if (appearance.accent) setAccent(given, *appearance.accent);
+  return given;
 }
 
 }  // namespace quibel

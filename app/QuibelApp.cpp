@@ -22,7 +22,8 @@ QuibelApp::QuibelApp(int& argc, char** argv) : QApplication(argc, argv) {
 }
 
 int QuibelApp::run() {
-  const DesktopAppearance appearance;
+  const DesktopSettings settings;
+  const DesktopAppearance appearance(settings);
   Window window;
   window.show();
   return exec();

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "views/Motion.h"
 #include "views/Theme.h"
 
 namespace quibel {
@@ -36,7 +37,9 @@ void Spinner::timerEvent(QTimerEvent*) {
   update();
 }
 
-void Spinner::showEvent(QShowEvent*) { timer_.start(turnMilliseconds / spokes, this); }
+void Spinner::showEvent(QShowEvent*) {
+  if (!isMotionReduced()) timer_.start(turnMilliseconds / spokes, this);
+}
 
 void Spinner::hideEvent(QHideEvent*) { timer_.stop(); }
 

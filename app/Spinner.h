@@ -5,7 +5,8 @@
 
 namespace quibel {
 
-/// Turns while it is visible: something goes on whose end is not known.
+/// Turns while it is visible, unless motion is to be reduced: something goes on whose end is not
+/// known.
 class Spinner : public QWidget {
   Q_OBJECT
 

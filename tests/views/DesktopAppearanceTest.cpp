@@ -1,81 +1,15 @@
 #include <QApplication>
-#include <QDBusArgument>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
-#include <QProcess>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include "app/DesktopAppearance.h"
+#include "tests/views/FakePortal.h"
+#include "views/Motion.h"
 #include "views/Theme.h"
 
 namespace quibel {
 namespace {
-
-/// A session bus of the test's own.
-class Bus {
- public:
-  Bus() {
-    daemon_.start(QStringLiteral("dbus-daemon"),
-                  {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                   QStringLiteral("--print-address")});
-    if (daemon_.waitForStarted() && daemon_.waitForReadyRead()) {
-      address = QString::fromLatin1(daemon_.readLine()).trimmed();
-    }
-  }
-  ~Bus() {
-    daemon_.terminate();
-    daemon_.waitForFinished();
-  }
-
-  QString address;
-
- private:
-  QProcess daemon_;
-};
-
-/// A settings portal with one group, as the test fills it.
-class Portal : public QDBusVirtualObject {
- public:
-  explicit Portal(const QString& bus)
-      : connection_(QDBusConnection::connectToBus(bus, QStringLiteral("portal"))) {
-    connection_.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this);
-    connection_.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
-  }
-  ~Portal() override { QDBusConnection::disconnectFromBus(QStringLiteral("portal")); }
-
-  QString introspect(const QString&) const override { return {}; }
-
-  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-    if (message.member() != QLatin1String("ReadAll")) return false;
-    ++asked;
-    QDBusArgument groups;
-    groups.beginMap(QMetaType::fromType<QString>(), QMetaType::fromType<QVariantMap>());
-    groups.beginMapEntry();
-    groups << QStringLiteral("org.freedesktop.appearance") << settings;
-    groups.endMapEntry();
-    groups.endMap();
-    connection.send(message.createReply(QVariant::fromValue(groups)));
-    return true;
-  }
-
-  void change(const QString& key, const QVariant& value) {
-    settings.insert(key, value);
-    auto signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
-                                             QStringLiteral("org.freedesktop.portal.Settings"),
-                                             QStringLiteral("SettingChanged"));
-    signal.setArguments({QStringLiteral("org.freedesktop.appearance"), key,
-                         QVariant::fromValue(QDBusVariant(value))});
-    connection_.send(signal);
-  }
-
-  QVariantMap settings;
-  int asked = 0;
-
- private:
-  QDBusConnection connection_;
-};
 
 QVariant accent(double red, double green, double blue) {
   QDBusArgument argument;
@@ -85,98 +19,171 @@ QVariant accent(double red, double green, double blue) {
   return QVariant::fromValue(argument);
 }
 
+/// The application's looks on a desktop whose portal the test fills.
 class DesktopAppearanceTest : public testing::Test {
  protected:
   void SetUp() override {
     if (bus_.address.isEmpty()) GTEST_SKIP() << "no dbus-daemon";
-    portal_ = std::make_unique<Portal>(bus_.address);
+    portal_ = std::make_unique<fake::Portal>(bus_.address);
   }
   void TearDown() override {
-    QApplication::setPalette(before_);
+    following_.reset();
+    QApplication::setPalette(palette_);
+    QApplication::setFont(font_);
+    setMotionReduced(false);
     QDBusConnection::disconnectFromBus(QStringLiteral("application"));
   }
+
+  /// Follows the portal from here on.
+  void follow() { following_ = std::make_unique<Following>(connection()); }
 
   QDBusConnection connection() const {
     return QDBusConnection::connectToBus(bus_.address, QStringLiteral("application"));
   }
 
+  void set(const char* key, const QVariant& value) {
+    portal_->groups[settings::appearance].insert(QLatin1String(key), value);
+  }
+  void change(const char* key, const QVariant& value) {
+    portal_->change(settings::appearance, QLatin1String(key), value);
+  }
+  void changeInGnome(const char* key, const QVariant& value) {
+    portal_->change(settings::gnomeInterface, QLatin1String(key), value);
+  }
+
+  /// Waits until the portal has been asked and its answer has arrived.
+  void settle() {
+    ASSERT_TRUE(QTest::qWaitFor([this] { return portal_->asked > 0; }));
+    QObject here;
+    bool arrived = false;
+    QObject::connect(&following_->settings, &DesktopSettings::read, &here, [&] { arrived = true; });
+    change("another", 1U);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return arrived; }));
+  }
+
   static Colors shown() { return colors(QApplication::palette()); }
 
-  const QPalette before_ = QApplication::palette();
-  Bus bus_;
-  std::unique_ptr<Portal> portal_;
+  struct Following {
+    explicit Following(const QDBusConnection& bus) : settings(bus) {}
+    DesktopSettings settings;
+    DesktopAppearance appearance{settings};
+  };
+
+  const QPalette palette_ = QApplication::palette();
+  const QFont font_ = QApplication::font();
+  fake::Bus bus_;
+  std::unique_ptr<fake::Portal> portal_;
+  std::unique_ptr<Following> following_;
 };
 
 TEST_F(DesktopAppearanceTest, ADarkDesktopGetsADarkWindow) {
-  portal_->settings = {{QStringLiteral("color-scheme"), 1U}};
-  const DesktopAppearance appearance(connection());
+  set("color-scheme", 1U);
+  follow();
   EXPECT_TRUE(QTest::qWaitFor([] { return shown().isDark; }));
   EXPECT_GE(contrastRatio(shown().text, shown().windowBackground), 4.5);
 }
 
 TEST_F(DesktopAppearanceTest, TheDesktopsAccentIsTaken) {
-  portal_->settings = {{QStringLiteral("accent-color"), accent(1, 0, 0)}};
-  const DesktopAppearance appearance(connection());
+  set("accent-color", accent(1, 0, 0));
+  follow();
   EXPECT_TRUE(QTest::qWaitFor([] { return shown().accent == QColor(Qt::red); }));
   EXPECT_FALSE(shown().isDark);
 }
 
 TEST_F(DesktopAppearanceTest, ChangesAreFollowedWhileRunningBothWays) {
-  const DesktopAppearance appearance(connection());
-  ASSERT_TRUE(QTest::qWaitFor([this] { return portal_->asked > 0; }));
+  follow();
+  settle();
   EXPECT_FALSE(shown().isDark);
-  portal_->change(QStringLiteral("color-scheme"), 1U);
+  change("color-scheme", 1U);
   EXPECT_TRUE(QTest::qWaitFor([] { return shown().isDark; }));
-  portal_->change(QStringLiteral("color-scheme"), 2U);
+  change("color-scheme", 2U);
   EXPECT_TRUE(QTest::qWaitFor([] { return !shown().isDark; }));
 }
 
 TEST_F(DesktopAppearanceTest, HighContrastIsFollowedInBothSchemesWhileRunning) {
-  portal_->settings = {{QStringLiteral("contrast"), 1U}};
-  const DesktopAppearance appearance(connection());
+  set("contrast", 1U);
+  follow();
   const auto contrast = [] { return contrastRatio(shown().text, shown().windowBackground); };
   EXPECT_TRUE(QTest::qWaitFor([&] { return contrast() > 20.9; }));
   EXPECT_FALSE(shown().isDark);
-  portal_->change(QStringLiteral("color-scheme"), 1U);
+  change("color-scheme", 1U);
   EXPECT_TRUE(QTest::qWaitFor([&] { return shown().isDark && contrast() > 20.9; }));
-  portal_->change(QStringLiteral("contrast"), 0U);
+  change("contrast", 0U);
   EXPECT_TRUE(QTest::qWaitFor([&] { return shown().isDark && contrast() < 20; }));
 }
 
-TEST_F(DesktopAppearanceTest, APaletteThatTheDesktopGaveQtIsLeftAlone) {
-  auto given = before_;
+TEST_F(DesktopAppearanceTest, LessMotionIsFollowedWhileRunning) {
+  follow();
+  settle();
+  EXPECT_FALSE(isMotionReduced());
+  change("reduced-motion", 1U);
+  EXPECT_TRUE(QTest::qWaitFor([] { return isMotionReduced(); }));
+  change("reduced-motion", 0U);
+  EXPECT_TRUE(QTest::qWaitFor([] { return !isMotionReduced(); }));
+  changeInGnome("enable-animations", false);
+  EXPECT_TRUE(QTest::qWaitFor([] { return isMotionReduced(); }));
+}
+
+TEST_F(DesktopAppearanceTest, LargeTextIsFollowedWhileRunning) {
+  QFont own;
+  own.setPointSizeF(10);
+  QApplication::setFont(own);
+  portal_->groups[settings::gnomeInterface].insert(QStringLiteral("text-scaling-factor"), 2.0);
+  follow();
+  EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::font().pointSizeF() == 20; }));
+  changeInGnome("text-scaling-factor", 1.5);
+  EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::font().pointSizeF() == 15; }));
+  changeInGnome("text-scaling-factor", 1.0);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::font() == own; }));
+}
+
+TEST_F(DesktopAppearanceTest, AnotherFontOfKdesIsFollowedWhileRunning) {
+  follow();
+  portal_->change(settings::kdeGeneral, QStringLiteral("font"),
+                  QStringLiteral("DejaVu Serif,17,-1,5,50,0,0,0,0,0"));
+  EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::font().pointSize() == 17; }));
+  EXPECT_EQ(QApplication::font().family(), QStringLiteral("DejaVu Serif"));
+}
+
+TEST_F(DesktopAppearanceTest, APaletteThatTheDesktopGaveQtTakesTheAccentAlone) {
+  auto given = palette_;
   given.setColor(QPalette::Highlight, Qt::darkGreen);
   QApplication::setPalette(given);
-  portal_->settings = {{QStringLiteral("color-scheme"), 1U}};
-  {
-    const DesktopAppearance quiet(connection());
-    QApplication::setPalette(before_);
-    const DesktopAppearance asking(connection());
-    ASSERT_TRUE(QTest::qWaitFor([] { return shown().isDark; }));
-  }
-  EXPECT_EQ(portal_->asked, 1);
+  set("color-scheme", 1U);
+  follow();
+  settle();
+  EXPECT_EQ(QApplication::palette(), given);
+  change("accent-color", accent(1, 0, 0));
+  EXPECT_TRUE(QTest::qWaitFor([] { return shown().accent == QColor(Qt::red); }));
+  EXPECT_FALSE(shown().isDark);
 }
 
 TEST_F(DesktopAppearanceTest, WithoutAPortalEverythingStays) {
   portal_.reset();
-  const DesktopAppearance appearance(connection());
+  follow();
   // Answered after the portal's call, whose failure has then come in as well.
   connection().call(QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
   QCoreApplication::processEvents();
-  EXPECT_EQ(QApplication::palette(), before_);
+  EXPECT_EQ(QApplication::palette(), palette_);
+  EXPECT_EQ(QApplication::font(), font_);
 }
 
 TEST(Appearance, WhatMakesNoSenseIsNoWish) {
   EXPECT_EQ(appearance({}), Appearance());
-  EXPECT_EQ(appearance({{QStringLiteral("color-scheme"), QStringLiteral("dark")},
-                        {QStringLiteral("accent-color"), 7}}),
+  EXPECT_EQ(appearance({{settings::appearance,
+                         {{QStringLiteral("color-scheme"), QStringLiteral("dark")},
+                          {QStringLiteral("accent-color"), 7}}},
+                        {settings::gnomeInterface, {{QStringLiteral("text-scaling-factor"), 40.0}}},
+                        {settings::kdeGeneral, {{QStringLiteral("font"), 7}}}}),
             Appearance());
 }
 
 TEST(Palette, EveryTextIsLegibleInTheDark) {
-  const auto dark = palette({.isDark = true, .isHighContrast = false, .accent = {}}, QPalette());
+  Appearance darkDesktop;
+  darkDesktop.isDark = true;
+  const auto dark = palette(darkDesktop, QPalette());
   for (const auto& [text, ground] :
        std::vector<std::pair<QPalette::ColorRole, QPalette::ColorRole>>{
            {QPalette::WindowText, QPalette::Window},

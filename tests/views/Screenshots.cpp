@@ -1,5 +1,5 @@
 // Pictures of the window in every state, light and dark, at one and two pixels a
-// point, into the folder that is named on the command line.
+// point, and with larger text, into the folder that is named on the command line.
 
 #include <QApplication>
 #include <QDebug>
@@ -154,27 +154,39 @@ constexpr State states[] = {
      }},
 };
 
-int run(const QString& folder) {
-  const QPalette light = QApplication::palette();
-  for (const bool dark : {false, true}) {
-    QApplication::setPalette(
-        palette({.isDark = dark, .isHighContrast = false, .accent = {}}, light));
-    for (const auto& [name, reach] : states) {
-      Scene scene;
-      reach(scene);
-      for (const int ratio : {1, 2}) {
-        const auto file = QStringLiteral("%1/%2-%3-%4x.png")
-                              .arg(folder, QString::fromLatin1(name),
-                                   dark ? QStringLiteral("dark") : QStringLiteral("light"))
-                              .arg(ratio);
-        if (!scene.picture(ratio).save(file)) {
-          qCritical("cannot write %s", qPrintable(file));
-          return EXIT_FAILURE;
-        }
-      }
+/// One picture a state, into files that end in `kind`. False if one cannot be written.
+bool write(const QString& folder, const QString& kind, int ratio) {
+  for (const auto& [name, reach] : states) {
+    Scene scene;
+    reach(scene);
+    const auto file = QStringLiteral("%1/%2-%3.png").arg(folder, QString::fromLatin1(name), kind);
+    if (!scene.picture(ratio).save(file)) {
+      qCritical("cannot write %s", qPrintable(file));
+      return false;
     }
   }
-  return EXIT_SUCCESS;
+  return true;
+}
+
+int run(const QString& folder) {
+  const QPalette light = QApplication::palette();
+  const QFont ordinary = QApplication::font();
+  bool written = true;
+  Appearance appearance;
+  for (const bool dark : {false, true}) {
+    appearance.isDark = dark;
+    QApplication::setPalette(palette(appearance, light));
+    const auto scheme = dark ? QStringLiteral("dark") : QStringLiteral("light");
+    for (const int ratio : {1, 2})
+      written = write(folder, QStringLiteral("%1-%2x").arg(scheme).arg(ratio), ratio) && written;
+  }
+  QApplication::setPalette(light);
+  for (const double scale : {1.5, 2.0}) {
+    appearance.textScale = scale;
+    QApplication::setFont(font(appearance, ordinary));
+    written = write(folder, QStringLiteral("text%1").arg(100 * scale), 1) && written;
+  }
+  return written ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace
