@@ -25,6 +25,10 @@ int QuibelApp::run() {
   const DesktopSettings settings;
   const DesktopAppearance appearance(settings);
   Window window;
+  connect(&settings, &DesktopSettings::read, &window, [&window](const SettingGroups& groups) {
+    const auto layout = groups.value(settings::gnomeWindows).value(QStringLiteral("button-layout"));
+    window.arrangeButtons(buttonLayout(layout.toString()));
+  });
   window.show();
   return exec();
 }

@@ -38,6 +38,8 @@ Window::Window() : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint) {
   drag_ = new WindowDrag(*windowHandle());
 }
 
+void Window::arrangeButtons(const ButtonLayout& layout) { controls_->arrange(layout); }
+
 void Window::toggleMaximised() {
   const bool maximise = !isMaximized();
   const auto before = geometry();
@@ -61,8 +63,8 @@ void Window::closeEvent(QCloseEvent* event) {
 
 void Window::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
-  const int gap = (stripHeight - controls_->height()) / 2;
-  controls_->move(width() - controls_->width() - 2 * gap, gap);
+  const int gap = (stripHeight - controls_->sizeHint().height()) / 2;
+  controls_->setGeometry(2 * gap, gap, width() - 4 * gap, stripHeight - 2 * gap);
   controls_->raise();
 }
 

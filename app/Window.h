@@ -3,6 +3,8 @@
 #include <QMainWindow>
 #include <optional>
 
+#include "app/ButtonLayout.h"
+
 namespace quibel {
 
 class ContentView;
@@ -19,6 +21,8 @@ class Window : public QMainWindow {
   Window();
 
   ContentView& content() { return *content_; }
+
+  void arrangeButtons(const ButtonLayout& layout);
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -3,6 +3,7 @@
 #include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <memory>
 
 #include "views/FocusReason.h"
 #include "views/Theme.h"
@@ -46,19 +47,38 @@ void WindowControl::focusOutEvent(QFocusEvent* event) {
   QAbstractButton::focusOutEvent(event);
 }
 
-WindowControls::WindowControls(QWidget* parent) : QWidget(parent) {
-  auto* const minimise = new WindowControl(Symbol::windowMinimise, tr("Minimizar"), this);
+WindowControls::WindowControls(QWidget* parent) : QWidget(parent), row_(new QHBoxLayout(this)) {
+  minimise_ = new WindowControl(Symbol::windowMinimise, tr("Minimizar"), this);
   maximise_ = new WindowControl(Symbol::windowMaximise, tr("Maximizar"), this);
-  auto* const close = new WindowControl(Symbol::windowClose, tr("Cerrar"), this);
-  connect(minimise, &QAbstractButton::clicked, this, &WindowControls::minimise);
+  close_ = new WindowControl(Symbol::windowClose, tr("Cerrar"), this);
+  connect(minimise_, &QAbstractButton::clicked, this, &WindowControls::minimise);
   connect(maximise_, &QAbstractButton::clicked, this, &WindowControls::toggleMaximised);
-  connect(close, &QAbstractButton::clicked, this, &WindowControls::close);
+  connect(close_, &QAbstractButton::clicked, this, &WindowControls::close);
+  row_->setContentsMargins({});
+  row_->setSpacing(6);
+  arrange({});
+}
 
-  auto* const row = new QHBoxLayout(this);
-  row->setContentsMargins({});
-  row->setSpacing(6);
-  for (auto* control : {minimise, maximise_, close}) row->addWidget(control);
-  resize(row->sizeHint());
+void WindowControls::arrange(const ButtonLayout& layout) {
+  while (const auto item = std::unique_ptr<QLayoutItem>(row_->takeAt(0))) {
+  }
+  for (const auto button : layout.left) row_->addWidget(&control(button));
+  row_->addStretch();
+  for (const auto button : layout.right) row_->addWidget(&control(button));
+  for (const auto button : {WindowButton::minimise, WindowButton::maximise, WindowButton::close})
+    control(button).setVisible(layout.left.contains(button) || layout.right.contains(button));
+}
+
+WindowControl& WindowControls::control(WindowButton button) const {
+  switch (button) {
+    case WindowButton::minimise:
+      return *minimise_;
+    case WindowButton::maximise:
+      return *maximise_;
+    case WindowButton::close:
+      break;
+  }
+  return *close_;
 }
 
 void WindowControls::setMaximised(bool maximised) {

@@ -2,7 +2,10 @@
 
 #include <QAbstractButton>
 
+#include "app/ButtonLayout.h"
 #include "views/Symbols.h"
+
+class QHBoxLayout;
 
 namespace quibel {
 
@@ -26,13 +29,16 @@ class WindowControl : public QAbstractButton {
   bool keyboardFocused_ = false;
 };
 
-/// What a title bar would offer, for a window without one.
+/// What a title bar would offer, for a window without one: a row as wide as the window,
+/// with buttons at its ends.
 class WindowControls : public QWidget {
   Q_OBJECT
 
  public:
   explicit WindowControls(QWidget* parent);
 
+  /// Puts the buttons where the desktop wants them. One that is on neither side goes.
+  void arrange(const ButtonLayout& layout);
   void setMaximised(bool maximised);
 
  Q_SIGNALS:
@@ -41,7 +47,12 @@ class WindowControls : public QWidget {
   void close();
 
  private:
+  WindowControl& control(WindowButton button) const;
+
+  QHBoxLayout* row_;
+  WindowControl* minimise_;
   WindowControl* maximise_;
+  WindowControl* close_;
 };
 
 }  // namespace quibel

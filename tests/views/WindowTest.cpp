@@ -54,6 +54,25 @@ TEST_F(WindowTest, ItsControlsLieInTheStripAtTheTop) {
   EXPECT_GT(placeIn(*window, control("Cerrar")).right(), 980);
 }
 
+TEST_F(WindowTest, ItsControlsAreThoseThatTheDesktopWantsOnTheSideThatItWants) {
+  window->arrangeButtons(buttonLayout(QStringLiteral("close,minimize:appmenu")));
+  QCoreApplication::processEvents();
+  EXPECT_LT(placeIn(*window, control("Cerrar")).right(), 40);
+  EXPECT_LT(placeIn(*window, control("Cerrar")).right(),
+            placeIn(*window, control("Minimizar")).left());
+  EXPECT_LT(placeIn(*window, control("Minimizar")).right(), 70);
+  EXPECT_FALSE(control("Maximizar")->isVisible());
+  window->arrangeButtons({});
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(control("Maximizar")->isVisible());
+  EXPECT_GT(placeIn(*window, control("Cerrar")).left(), window->width() - 40);
+}
+
+TEST_F(WindowTest, BetweenItsControlsTheStripIsGround) {
+  QTest::mouseDClick(window->childAt(390, 14), Qt::LeftButton, {}, QPoint(380, 10));
+  EXPECT_TRUE(window->isMaximized());
+}
+
 TEST_F(WindowTest, MaximisesAndRestores) {
   control("Maximizar")->click();
   EXPECT_TRUE(window->isMaximized());
@@ -94,6 +113,25 @@ TEST_F(WindowTest, TheModelGoesWithIt) {
   EXPECT_FALSE(model.expired());
   window.reset();
   EXPECT_TRUE(model.expired());
+}
+
+struct Written {
+  const char* setting;
+  ButtonLayout layout;
+};
+
+TEST(ButtonLayout, IsReadAsDesktopsWriteIt) {
+  using enum WindowButton;
+  for (const auto& [setting, layout] : std::vector<Written>{
+           {"appmenu:minimize,maximize,close", {{}, {minimise, maximise, close}}},
+           {"appmenu:close", {{}, {close}}},
+           {"close,minimize,maximize:", {{close, minimise, maximise}, {}}},
+           {"icon,close : shade,maximize,close,close", {{close}, {maximise, close}}},
+           {":", {{}, {}}},
+           {"", {}},
+           {"close", {}}}) {
+    EXPECT_EQ(buttonLayout(QString::fromLatin1(setting)), layout) << setting;
+  }
 }
 
 struct Place {
