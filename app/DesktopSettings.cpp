@@ -12,9 +12,11 @@ const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
 
-const QStringList& followedGroups() {
-  static const QStringList groups{settings::appearance, settings::gnomeInterface,
-                                  settings::gnomeWindows, settings::kdeGeneral};
+QStringList followedGroups() {
+  QStringList groups{settings::appearance, settings::gnomeInterface, settings::kdeGeneral};
+  // Elsewhere a portal has these too: what GNOME begins with, and not what the desktop does.
+  const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'));
+  if (desktops.contains(QLatin1String("GNOME"))) groups.append(settings::gnomeWindows);
   return groups;
 }
 

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QShortcut>
 #include <QWindow>
@@ -10,7 +11,7 @@
 #include "app/ContentView.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
-#include "app/WindowManager.h"
+#include "app/WindowShadow.h"
 
 namespace quibel {
 namespace {
@@ -19,7 +20,8 @@ constexpr int stripHeight = ContentView::padding;
 
 }  // namespace
 
-Window::Window() : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint) {
+Window::Window(Frame frame)
+    : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint), frame_(frame) {
   setWindowTitle(tr("Quibel"));
   setAccessibleName(tr("Quibel"));
   content_ = new ContentView;
@@ -33,9 +35,30 @@ Window::Window() : QMainWindow(nullptr, Qt::Window | Qt::FramelessWindowHint) {
     connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
   }
 
-  resize(content_->minimumSizeHint());
+  if (frame_ != Frame::plain) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    for (const auto corner :
+         {Qt::TopLeftCorner, Qt::TopRightCorner, Qt::BottomLeftCorner, Qt::BottomRightCorner})
+      corners_.append(new RoundedCorner(corner, this));
+  }
   create();
   drag_ = new WindowDrag(*windowHandle());
+  layOutFrame();
+  resize(content_->minimumSizeHint().grownBy(contentsMargins()));
+}
+
+QRect Window::body() const { return rect().marginsRemoved(contentsMargins()); }
+
+void Window::layOutFrame() {
+  const bool fillsScreen = isMaximized() || isFullScreen();
+  const bool hasShadow = frame_ == Frame::shadowed && !fillsScreen;
+  setContentsMargins(hasShadow ? shadowMargins : QMargins());
+  drag_->setMargins(contentsMargins());
+  if (frame_ == Frame::shadowed) declareShadow(*windowHandle(), contentsMargins(), minimumSize());
+  for (auto* const corner : corners_) {
+    corner->place(body(), hasShadow);
+    corner->setVisible(!fillsScreen);
+  }
 }
 
 void Window::arrangeButtons(const ButtonLayout& layout) { controls_->arrange(layout); }
@@ -50,8 +73,18 @@ void Window::toggleMaximised() {
   if (maximise) restored_ = before;
 }
 
+bool Window::event(QEvent* event) {
+  const bool handled = QMainWindow::event(event);
+  if (event->type() == QEvent::LayoutRequest && drag_) layOutFrame();
+  return handled;
+}
+
 void Window::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::WindowStateChange) controls_->setMaximised(isMaximized());
+  if (event->type() == QEvent::WindowStateChange) {
+    controls_->setMaximised(isMaximized());
+    layOutFrame();
+  }
+  if (event->type() == QEvent::ActivationChange) update();
   QMainWindow::changeEvent(event);
 }
 
@@ -63,9 +96,16 @@ void Window::closeEvent(QCloseEvent* event) {
 
 void Window::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
+  layOutFrame();
   const int gap = (stripHeight - controls_->sizeHint().height()) / 2;
-  controls_->setGeometry(2 * gap, gap, width() - 4 * gap, stripHeight - 2 * gap);
+  controls_->setGeometry(2 * gap, gap, body().width() - 4 * gap, stripHeight - 2 * gap);
   controls_->raise();
+}
+
+void Window::paintEvent(QPaintEvent*) {
+  if (contentsMargins().isNull()) return;
+  QPainter painter(this);
+  paintShadow(painter, body(), isActiveWindow());
 }
 
 void Window::mousePressEvent(QMouseEvent* event) {
@@ -84,7 +124,8 @@ void Window::mouseReleaseEvent(QMouseEvent*) { groundPressedAt_.reset(); }
 
 void Window::mouseDoubleClickEvent(QMouseEvent* event) {
   groundPressedAt_.reset();
-  if (event->button() == Qt::LeftButton && event->position().y() < stripHeight) toggleMaximised();
+  if (event->button() == Qt::LeftButton && event->position().y() < body().top() + stripHeight)
+    toggleMaximised();
 }
 
 }  // namespace quibel

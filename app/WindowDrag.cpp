@@ -79,10 +79,15 @@ bool WindowDrag::eventFilter(QObject*, QEvent* event) {
   }
 }
 
+Qt::Edges WindowDrag::edgesBelow(const QMouseEvent& event) const {
+  const auto body = QRect(QPoint(), window_.size()).marginsRemoved(margins_);
+  return edgesAt(event.position().toPoint() - body.topLeft(), body.size(), edgeReach);
+}
+
 bool WindowDrag::pressed(const QMouseEvent& event) {
   if (event.button() != Qt::LeftButton || window_.windowStates() & Qt::WindowMaximized)
     return false;
-  const auto edges = edgesAt(event.position().toPoint(), window_.size(), edgeReach);
+  const auto edges = edgesBelow(event);
   if (!edges) return false;
   if (!window_.startSystemResize(edges)) follow(edges);
   return true;
@@ -99,8 +104,7 @@ bool WindowDrag::moved(const QMouseEvent& event) {
   }
   if (event.buttons() == Qt::NoButton) {
     const bool maximised = window_.windowStates() & Qt::WindowMaximized;
-    showCursor(maximised ? Qt::Edges()
-                         : edgesAt(event.position().toPoint(), window_.size(), edgeReach));
+    showCursor(maximised ? Qt::Edges() : edgesBelow(event));
   }
   return false;
 }

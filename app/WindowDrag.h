@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QObject>
 #include <QPoint>
 #include <QRect>
@@ -28,6 +29,9 @@ class WindowDrag : public QObject {
   explicit WindowDrag(QWindow& window);
   ~WindowDrag() override;
 
+  /// The edges are that far inside the window.
+  void setMargins(const QMargins& margins) { margins_ = margins; }
+
   /// Begins to move the window, with the left button held.
   void move();
 
@@ -45,8 +49,10 @@ class WindowDrag : public QObject {
   bool moved(const QMouseEvent& event);
   void follow(Qt::Edges edges);
   void showCursor(Qt::Edges edges);
+  Qt::Edges edgesBelow(const QMouseEvent& event) const;
 
   QWindow& window_;
+  QMargins margins_;
   std::optional<Following> following_;
   Qt::Edges cursorEdges_;
 };

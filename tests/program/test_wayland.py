@@ -56,6 +56,28 @@ class Wayland(Scenario):
         self.wait_until_there(before)
         self.quibel.button("Maximizar")
 
+    def test_has_round_corners_and_a_shadow_unless_it_fills_the_screen(self):
+        x, y, width, height = self.quibel.box
+        corners = [(x, y), (x + width - 1, y), (x, y + height - 1), (x + width - 1, y + height - 1)]
+        self.quibel.pointer.move(WIDTH - 1, 0)
+        for corner in corners:
+            self.assertTrue(self.is_ground(*corner), corner)
+        self.assertLess(self.green(x + width // 2, y + height + 3), 240)
+        self.assertEqual(self.green(x + width // 2, y + height + 60), 255)
+        self.quibel.button("Maximizar").press()
+        wait_until(lambda: not self.is_ground(0, SCREEN_HEIGHT - 1), "the window to be everywhere")
+
+    def test_its_shadow_takes_no_pointer(self):
+        x, y, width, height = self.quibel.box
+        left = self.quibel.times_left()
+        self.quibel.pointer.move(x + width // 2, y + height - 20)
+        self.quibel.pointer.move(x + width // 2, y + height + 6)
+        wait_until(lambda: self.quibel.times_left() > left, "the pointer to leave the window")
+
+    def test_cannot_be_made_smaller_than_its_content(self):
+        smallest = re.findall(r"\.set_min_size\((\d+), (\d+)\)", self.quibel.log)[-1]
+        self.assertEqual(tuple(map(int, smallest)), self.quibel.geometry[2:])
+
     def test_minimises(self):
         self.quibel.click("Minimizar")
         wait_until(lambda: ".set_minimized()" in self.quibel.log, "the window to go")
@@ -102,6 +124,13 @@ class Wayland(Scenario):
             "the window to refuse",
         )
         self.assertEqual(drag.drop(), "cancelled")
+
+    def green(self, x, y):
+        return self.desktop.pixels(x, y, 1, 1)[1]
+
+    def is_ground(self, x, y):
+        red, _, blue = self.desktop.pixels(x, y, 1, 1)
+        return red == blue == 0
 
     def move_window(self, dx, dy):
         x, y, width, _ = self.quibel.box

@@ -157,6 +157,7 @@ class VirtualDesktop(contextlib.ExitStack):
             # Qt is built without frame pointers: a leak of its own is known by a name
             # only if the stack is unwound without them.
             self.environment["ASAN_OPTIONS"] += ":fast_unwind_on_malloc=0:malloc_context_size=12"
+        self._keep_portals_out()
         self._start_screen()
         if self._window_manager:
             self.start(self._window_manager)
@@ -180,6 +181,15 @@ class VirtualDesktop(contextlib.ExitStack):
             number = pipe.readline().strip()
         assert number, "No virtual screen:\n" + self.log("Xvfb")
         self.environment["DISPLAY"] = ":" + number
+
+    def _keep_portals_out(self):
+        """Whatever portal the machine has: its settings and dialogs are another desktop's."""
+        services = self.home / ".local" / "share" / "dbus-1" / "services"
+        services.mkdir(parents=True)
+        name = "org.freedesktop.portal.Desktop"
+        (services / f"{name}.service").write_text(
+            f"[D-BUS Service]\nName={name}\nExec=/bin/false\n"
+        )
 
     def _start_bus(self):
         bus = self.start(

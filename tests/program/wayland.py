@@ -14,14 +14,12 @@ SOCKET = "wayland-quibel"
 # Of the compositor's screen, in pixels.
 WIDTH = SCREEN_WIDTH - 1
 
-# What the screen shows where no window is: green, as no window of Quibel is.
-GROUND = b"\x00\xff\x00"
-
 # Nothing but the programs' windows, and those at once.
 SHELL = """
 [core]
 idle-time=0
 [shell]
+# Where no window is: green, as no window of Quibel is.
 panel-position=none
 background-color=0xff00ff00
 startup-animation=none
@@ -80,21 +78,24 @@ class WaylandQuibel(Quibel):
     drag = WaylandDrag
 
     @property
-    def size(self):
-        """The window's width and height."""
-        *_, size = re.findall(r"\.set_window_geometry\(0, 0, (\d+), (\d+)\)", self.log)
-        return tuple(map(int, size))
+    def geometry(self):
+        """What of its surface counts as the window, without its shadow."""
+        *_, geometry = re.findall(
+            r"\.set_window_geometry\((\d+), (\d+), (\d+), (\d+)\)", self.log
+        )
+        return Box(*map(int, geometry))
 
     def fills(self, box):
         """Whether the window is painted up to all four edges of a box and no further,
         away from the edges' middles and ends, where the pointer may be painted too."""
-        if self.size != box[2:]:
+        if self.geometry[2:] != box[2:]:
             return False
         picture = self.desktop.pixels(0, 0, SCREEN_WIDTH, SCREEN_HEIGHT)
 
         def is_ground(x, y):
             at = 3 * (y * SCREEN_WIDTH + x)
-            return picture[at : at + 3] == GROUND
+            # Also in the window's shadow.
+            return picture[at] == picture[at + 2] == 0
 
         x, y, right, bottom = box.x, box.y, box.x + box.width - 1, box.y + box.height - 1
         column, row = x + box.width // 4, y + box.height // 4
@@ -119,20 +120,22 @@ class WaylandQuibel(Quibel):
                     return 600 - x, 500 - y
             return None
 
-        return Box(*map(int, wait_until(origin, "the pointer to be told of")), *self.size)
+        x, y = map(int, wait_until(origin, "the pointer to be told of"))
+        left, top, width, height = self.geometry
+        return Box(x + left, y + top, width, height)
 
     def drag_window(self, start, end, arrived=lambda: True):
         """Has the compositor move or resize the window from one place (x, y) of the
         screen to the other, and lets go when arrived()."""
         def grab():
-            taken = self._times_left()
+            taken = self.times_left()
             self.pointer.release()
             self.pointer.move(*start)
             self.pointer.press()
             self.pointer.move((start[0] + end[0]) / 2, (start[1] + end[1]) / 2)
             try:
                 # From then on the pointer is the compositor's own.
-                return wait_until(lambda: self._times_left() > taken, "a grab", seconds=4)
+                return wait_until(lambda: self.times_left() > taken, "a grab", seconds=4)
             except DeadlinePassed:
                 return False
 
@@ -146,7 +149,8 @@ class WaylandQuibel(Quibel):
         x, y = element.box.centre
         window = element.window.box
         there = self.box
-        return there.x + x - window.x, there.y + y - window.y
+        left, top, *_ = self.geometry
+        return there.x + x - window.x - left, there.y + y - window.y - top
 
     def close(self):
         """Closes the window, also a minimised one, unless it was closed before, and
@@ -155,7 +159,7 @@ class WaylandQuibel(Quibel):
             self.button("Cerrar").press()
         return self.process.wait(30 * PATIENCE)
 
-    def _times_left(self):
+    def times_left(self):
         """How often the pointer has left the window."""
         return len(re.findall(r"wl_pointer[@#]\d+\.leave\(", self.log))
 

@@ -1,9 +1,11 @@
+#include <QMouseEvent>
 #include <QWindow>
 
 #include "app/ContentView.h"
 #include "app/Window.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
+#include "app/WindowShadow.h"
 #include "tests/views/EditorFixture.h"
 #include "tests/views/Find.h"
 
@@ -113,6 +115,70 @@ TEST_F(WindowTest, TheModelGoesWithIt) {
   EXPECT_FALSE(model.expired());
   window.reset();
   EXPECT_TRUE(model.expired());
+}
+
+/// The window where the compositor takes a shadow.
+class ShadowedWindowTest : public testing::Test {
+ protected:
+  ShadowedWindowTest() {
+    platform::Platform::setStandard(&machine);
+    window = std::make_unique<Window>(Frame::shadowed);
+    window->show();
+    QCoreApplication::processEvents();
+  }
+
+  QRect body() const { return window->content().geometry(); }
+
+  /// How opaque the window is at a place of it, 0 … 255.
+  int opacityAt(QPoint place) {
+    QImage image(window->size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    window->render(&image, {}, {}, QWidget::DrawChildren);
+    return qAlpha(image.pixel(place));
+  }
+
+  fake::Platform machine;
+  std::unique_ptr<Window> window;
+};
+
+TEST_F(ShadowedWindowTest, ItsShadowIsBesideTheContentAndNotPartOfItsSize) {
+  EXPECT_EQ(body().size(), QSize(780, 580));
+  EXPECT_EQ(body(), window->rect().marginsRemoved(shadowMargins));
+  window->resize(100, 100);
+  EXPECT_EQ(body().size(), QSize(780, 580));
+}
+
+TEST_F(ShadowedWindowTest, ItsCornersAreRound) {
+  const auto inside = body();
+  for (const auto& corner :
+       {inside.topLeft(), inside.topRight(), inside.bottomLeft(), inside.bottomRight()})
+    EXPECT_LT(opacityAt(corner), 128) << corner.x() << ',' << corner.y();
+  // On the diagonal, the arc is 0.3 radii from the corner.
+  EXPECT_LT(opacityAt(inside.topLeft() + QPoint(2, 2)), 128);
+  EXPECT_EQ(opacityAt(inside.topLeft() + QPoint(5, 5)), 255);
+  EXPECT_EQ(opacityAt({inside.center().x(), inside.top()}), 255);
+}
+
+TEST_F(ShadowedWindowTest, FillsTheScreenWithoutThemWhenMaximised) {
+  window->showMaximized();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(body(), window->rect());
+  EXPECT_EQ(opacityAt({0, 0}), 255);
+  window->showNormal();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(body(), window->rect().marginsRemoved(shadowMargins));
+}
+
+TEST_F(ShadowedWindowTest, IsResizedAtItsBodysEdges) {
+  const auto cursorAt = [this](QPoint place) {
+    QMouseEvent moved(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, {}, {});
+    QCoreApplication::sendEvent(window->windowHandle(), &moved);
+    const auto* const cursor = QGuiApplication::overrideCursor();
+    return cursor ? cursor->shape() : Qt::ArrowCursor;
+  };
+  EXPECT_EQ(cursorAt({body().left() + 2, body().center().y()}), Qt::SizeHorCursor);
+  EXPECT_EQ(cursorAt({body().left() + 30, body().center().y()}), Qt::ArrowCursor);
+  EXPECT_EQ(cursorAt({body().center().x(), body().bottom() - 2}), Qt::SizeVerCursor);
 }
 
 struct Written {
