@@ -3,13 +3,11 @@
 #include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <cmath>
 #include <limits>
 
 #include "views/FocusReason.h"
 #include "views/HandleAccessible.h"
 #include "views/SelectionGeometry.h"
-#include "views/StripGeometry.h"
 
 namespace quibel {
 
@@ -23,12 +21,8 @@ HandleView::HandleView(const QString& name, HandleActions actions, QWidget* stri
   setAttribute(Qt::WA_NoSystemBackground);
 }
 
-void HandleView::placeAt(double x) {
-  // Beyond the strip's edges nothing can be pressed, however far it is.
-  const double reach = parentWidget()->width() + handleHitWidth;
-  const double left = std::isnan(x) ? 0 : std::clamp(x, -reach, 2 * reach);
-  setGeometry(static_cast<int>(std::lround(left - handleHitWidth / 2)), 0,
-              static_cast<int>(handleHitWidth), parentWidget()->height());
+void HandleView::place(const Columns& columns) {
+  setGeometry(columns.left, 0, columns.width, parentWidget()->height());
 }
 
 void HandleView::announceValue() {

@@ -3,6 +3,8 @@
 #include <QWidget>
 #include <functional>
 
+#include "views/StripGeometry.h"
+
 namespace quibel {
 
 /// What a handle does to the fragment. All times in seconds.
@@ -25,8 +27,8 @@ class HandleView : public QWidget {
  public:
   HandleView(const QString& name, HandleActions actions, QWidget* strip);
 
-  /// Places the handle's strip around `x`, in points from the strip's left edge.
-  void placeAt(double x);
+  /// Makes these columns of the strip, over its whole height, grab the handle.
+  void place(const Columns& columns);
 
   /// Tells assistive technology of the value, if it is another than last time.
   void announceValue();

@@ -1,6 +1,7 @@
 #include "views/StripGeometry.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "views/SelectionGeometry.h"
 
@@ -9,6 +10,16 @@ namespace {
 
 QRectF centred(double x, double height, double itemWidth, double itemHeight) {
   return {x - itemWidth / 2, (height - itemHeight) / 2, itemWidth, itemHeight};
+}
+
+// A handle beyond any screen is out of reach, however far it is.
+double reachable(double x) {
+  constexpr double farAway = 1e6;
+  return std::isnan(x) ? 0 : std::clamp(x, -farAway, farAway);
+}
+
+Columns between(double left, double right) {
+  return {static_cast<int>(left), static_cast<int>(right - left)};
 }
 
 }  // namespace
@@ -24,6 +35,16 @@ StripGeometry stripGeometry(const StripState& state, QSizeF size) {
     geometry.playhead = QRectF(x(state.playhead), 0, 2, size.height());
   }
   return geometry;
+}
+
+Columns startHandleColumns(double x) {
+  constexpr double half = handleHitWidth / 2;
+  return between(std::floor(reachable(x) - half), std::ceil(reachable(x) + half));
+}
+
+Columns endHandleColumns(double x) {
+  constexpr double half = handleHitWidth / 2;
+  return between(std::ceil(reachable(x) - half), std::ceil(reachable(x) + half));
 }
 
 QRectF handleBar(double x, double height) { return centred(x, height, 4, height); }

@@ -35,6 +35,21 @@ inline constexpr double handleHitWidth = 28;
 
 StripGeometry stripGeometry(const StripState& state, QSizeF size);
 
+/// Whole points of the strip, side by side.
+struct Columns {
+  int left = 0;
+  int width = 0;
+
+  friend bool operator==(const Columns&, const Columns&) = default;
+};
+
+/// The columns that grab a handle at `x`: those that its 28 points touch. The end
+/// handle lies above the start handle and leaves out a first column that it only
+/// touches. So the start keeps a column of its own, left of the end's, however
+/// little they are apart.
+Columns startHandleColumns(double x);
+Columns endHandleColumns(double x);
+
 /// A handle's bar and the grip on it, centred on `x` of a strip `height` points high.
 QRectF handleBar(double x, double height);
 QRectF handleGrip(double x, double height);

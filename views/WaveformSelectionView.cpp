@@ -71,8 +71,8 @@ void WaveformSelectionView::showFocus() {
 
 void WaveformSelectionView::placeHandles() {
   const auto geometry = stripGeometry(shown_, size());
-  startHandle_->placeAt(geometry.startX);
-  endHandle_->placeAt(geometry.endX);
+  startHandle_->place(startHandleColumns(geometry.startX));
+  endHandle_->place(endHandleColumns(geometry.endX));
 }
 
 void WaveformSelectionView::paintEvent(QPaintEvent* event) {

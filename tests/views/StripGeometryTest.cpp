@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -58,6 +59,36 @@ TEST(StripGeometry, RightAfterALoadThePlayheadShowsAtTheLeftEdge) {
 TEST(HandleGeometry, ABarOfFourPointsCarriesAGripOf18By38InItsMiddle) {
   EXPECT_EQ(handleBar(100, 220), QRectF(98, 0, 4, 220));
   EXPECT_EQ(handleGrip(100, 220), QRectF(91, 91, 18, 38));
+}
+
+TEST(HandleColumns, AreThe28PointsAroundTheHandle) {
+  EXPECT_EQ(startHandleColumns(100), (Columns{86, 28}));
+  EXPECT_EQ(endHandleColumns(100), (Columns{86, 28}));
+  EXPECT_EQ(startHandleColumns(0), (Columns{-14, 28}));
+}
+
+TEST(HandleColumns, BetweenTwoPointsTheStartTakesBothAndTheEndLeavesTheFirstToIt) {
+  for (const double x : {100.1, 100.5, 100.9}) {
+    EXPECT_EQ(startHandleColumns(x), (Columns{86, 29})) << x;
+    EXPECT_EQ(endHandleColumns(x), (Columns{87, 28})) << x;
+  }
+}
+
+TEST(HandleColumns, TheStartsBeginLeftOfTheEndsHoweverLittleTheyAreApart) {
+  for (int i = 0; i <= 1000; ++i) {
+    const double start = 700 + i * 0.024;
+    for (const double apart : {1e-9, 0.001, 0.02, 0.4, 0.5, 0.9, 1.0}) {
+      EXPECT_LT(startHandleColumns(start).left, endHandleColumns(start + apart).left)
+          << start << " and " << apart << " more";
+    }
+  }
+}
+
+TEST(HandleColumns, OfAnyNumberAtAllAreSomewhere) {
+  constexpr double inf = std::numeric_limits<double>::infinity();
+  EXPECT_LT(startHandleColumns(-inf).left, -100'000);
+  EXPECT_GT(endHandleColumns(inf).left, 100'000);
+  EXPECT_EQ(endHandleColumns(std::numeric_limits<double>::quiet_NaN()).left, -14);
 }
 
 struct Line {

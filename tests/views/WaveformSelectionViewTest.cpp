@@ -192,16 +192,6 @@ TEST_F(SelectionView, WhereTheStripsOverlapAPressGrabsTheEndHandle) {
   EXPECT_EQ(handleAt(201), &view.startHandle());
 }
 
-TEST_F(SelectionView, WithTheHandlesTogetherOnlyASliverGrabsTheStart) {
-  show(3600);  // half a second is a tenth of a point
-  select(1000, 1000.5);
-  EXPECT_EQ(handleAt(view.startHandle().x()), &view.endHandle());
-  select(1002.25, 1002.75);  // at 200.45 and 200.55
-  const int x = view.startHandle().x();
-  EXPECT_EQ(handleAt(x), &view.startHandle());
-  EXPECT_EQ(handleAt(x + 1), &view.endHandle());
-}
-
 TEST_F(SelectionView, MovingTheStartDoesNotMoveTheEnd) {
   show(180);
   press(0);
