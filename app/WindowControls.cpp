@@ -24,6 +24,13 @@ void WindowControl::setFace(Symbol symbol, const QString& name) {
   update();
 }
 
+bool WindowControl::event(QEvent* event) {
+  // The symbol is fainter in a window that is not the active one.
+  const auto type = event->type();
+  if (type == QEvent::WindowActivate || type == QEvent::WindowDeactivate) update();
+  return QAbstractButton::event(event);
+}
+
 void WindowControl::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);

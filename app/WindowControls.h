@@ -20,6 +20,7 @@ class WindowControl : public QAbstractButton {
   QSize sizeHint() const override { return {20, 20}; }
 
  protected:
+  bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
