@@ -56,9 +56,24 @@ ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* pare
   setAcceptDrops(true);
   subscription_ = editor_->objectWillChange().subscribe([this] { scheduleRefresh(); });
   refresh();
+  fillSmallestWindow();
 }
 
 ContentView::~ContentView() = default;
+
+bool ContentView::event(QEvent* event) {
+  if (event->type() == QEvent::LayoutRequest) fillSmallestWindow();
+  return QWidget::event(event);
+}
+
+void ContentView::fillSmallestWindow() {
+  // The status area takes what the workspace leaves of the smallest window, so that
+  // nothing moves there when the screen changes.
+  const int hint = status_->minimumSizeHint().height();
+  const int given = std::max(hint, status_->minimumHeight());
+  const int left = minimumContentSize.height() - layout()->totalMinimumSize().height();
+  status_->setMinimumHeight(std::max(hint, given + left));
+}
 
 QSize ContentView::minimumSizeHint() const {
   return layout()->totalMinimumSize().expandedTo(minimumContentSize);
@@ -77,7 +92,7 @@ void ContentView::refresh() {
   if (hasSong) workspace_->refresh();
   showScreen(hasSong ? static_cast<QWidget*>(workspace_) : welcome_);
   if (!editor_->isBusy()) {
-    status_->showStatus(displayText(editor_->status()));
+    status_->showStatus(displayStatus(editor_->status()));
   } else if (editor_->isExporting()) {
     status_->showProgress(tr("Creando tono…"));
   } else {

@@ -38,6 +38,7 @@ class ContentView : public QWidget {
   QSize minimumSizeHint() const override;
 
  protected:
+  bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragLeaveEvent(QDragLeaveEvent* event) override;
@@ -48,6 +49,7 @@ class ContentView : public QWidget {
   void refresh();
   void showScreen(QWidget* screen);
   void refreshAlert();
+  void fillSmallestWindow();
 
   std::shared_ptr<AudioEditorModel> editor_;
   QVBoxLayout* column_;

@@ -38,10 +38,10 @@ void StatusArea::showProgress(const QString& text) {
   announce(text);
 }
 
-void StatusArea::showStatus(const QString& text) {
+void StatusArea::showStatus(const NamingText& text) {
   status_->showText(text);
   setCurrentIndex(1);
-  announce(text);
+  announce(text.text + text.name);
 }
 
 void StatusArea::announce(const QString& text) {

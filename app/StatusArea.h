@@ -5,6 +5,7 @@
 namespace quibel {
 
 class TextLabel;
+struct NamingText;
 
 /// The line below both screens: what goes on, or else guidance or a result. It
 /// is as high as either, so that nothing moves when they change. Assistive
@@ -16,7 +17,7 @@ class StatusArea : public QStackedWidget {
   explicit StatusArea(QWidget* parent = nullptr);
 
   void showProgress(const QString& text);
-  void showStatus(const QString& text);
+  void showStatus(const NamingText& text);
 
  private:
   void announce(const QString& text);

@@ -6,12 +6,14 @@
 #include <QPainter>
 #include <QScreen>
 #include <QShortcut>
+#include <QToolTip>
 #include <QWindow>
 
 #include "app/ContentView.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
 #include "app/WindowShadow.h"
+#include "views/Theme.h"
 
 namespace quibel {
 namespace {
@@ -41,6 +43,7 @@ Window::Window(Frame frame)
          {Qt::TopLeftCorner, Qt::TopRightCorner, Qt::BottomLeftCorner, Qt::BottomRightCorner})
       corners_.append(new RoundedCorner(corner, this));
   }
+  QToolTip::setPalette(toolTipPalette(palette()));
   create();
   drag_ = new WindowDrag(*windowHandle());
   layOutFrame();
@@ -85,6 +88,7 @@ void Window::changeEvent(QEvent* event) {
     layOutFrame();
   }
   if (event->type() == QEvent::ActivationChange) update();
+  if (event->type() == QEvent::PaletteChange) QToolTip::setPalette(toolTipPalette(palette()));
   QMainWindow::changeEvent(event);
 }
 

@@ -190,7 +190,7 @@ void AudioEditorModel::export_() {
 void AudioEditorModel::finishExport(const PendingExport& pending) {
   if (pending.session->status() == platform::ExportStatus::completed) {
     if (const auto saved = save(pending.temporaryURL, pending.destination)) {
-      status_ = "Tono guardado: " + pending.destination.lastPathComponent();
+      status_ = std::string(savedStatus) + pending.destination.lastPathComponent();
       platform_.activateFileViewerSelecting({pending.destination});
     } else {
       fail("No se ha podido guardar el tono. " + saved.error().localizedDescription());

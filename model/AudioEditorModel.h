@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/AudioError.h"
@@ -22,6 +23,9 @@ class AudioEditorModel : public std::enable_shared_from_this<AudioEditorModel> {
  public:
   /// The longest ringtone: it bounds a new song's first selection and what is exported.
   static constexpr double maximumDuration = 40.0;
+
+  /// What the status says before the name of a ringtone that was saved.
+  static constexpr std::string_view savedStatus = "Tono guardado: ";
 
   explicit AudioEditorModel(platform::Platform& platform = platform::Platform::standard());
   AudioEditorModel(const AudioEditorModel&) = delete;

@@ -29,10 +29,8 @@ struct Face {
 };
 
 Face standardFace(const Colors& c, bool enabled, bool hovered, bool pressed) {
-  const auto raised = c.isDark ? blended(Qt::white, 0.13, c.controlBackground)
-                               : blended(Qt::white, 0.6, c.controlBackground);
   const double tint = !enabled ? 0 : pressed ? 0.14 : hovered ? 0.06 : 0;
-  return {blended(c.text, tint, raised), withOpacity(c.text, enabled ? 0.22 : 0.12),
+  return {blended(c.text, tint, c.buttonFill), enabled ? c.edge : withOpacity(c.text, 0.12),
           enabled ? c.text : c.secondary};
 }
 
@@ -43,7 +41,7 @@ Face prominentFace(const Colors& c, bool enabled, bool hovered, bool pressed) {
   // Only ever deeper, so that the text stays legible.
   const QColor deeper = c.onAccentFill == QColor(Qt::black) ? Qt::white : Qt::black;
   const double tint = pressed ? 0.22 : hovered ? 0.1 : 0;
-  return {blended(deeper, tint, c.accentFill), withOpacity(Qt::black, 0.12), c.onAccentFill};
+  return {blended(deeper, tint, c.accentFill), c.accentEdge, c.onAccentFill};
 }
 
 }  // namespace
@@ -99,7 +97,7 @@ void ActionButton::paintEvent(QPaintEvent*) {
   if (keyboardFocused_) {
     // Inside the button, in a colour that stands out on its fill.
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(prominent && isEnabled() ? palette.onAccentFill : palette.accent, 2));
+    painter.setPen(QPen(prominent && isEnabled() ? palette.onAccentFill : palette.focusRing, 2));
     painter.drawRoundedRect(body.adjusted(2, 2, -2, -2), radius - 2.5, radius - 2.5);
   }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "model/AudioEditorModel.h"
+
 namespace quibel {
 namespace {
 
@@ -26,6 +28,18 @@ QString displayFileName(std::string_view name) {
   auto text = displayText(name);
   std::ranges::transform(text, text.begin(), harmless);
   return text;
+}
+
+NamingText displayStatus(std::string_view status) {
+  constexpr auto saved = AudioEditorModel::savedStatus;
+  if (!status.starts_with(saved)) return {displayText(status), {}};
+  return {displayText(saved), displayFileName(status.substr(saved.size()))};
+}
+
+QString isolated(const QString& name) {
+  constexpr QChar firstStrongIsolate(0x2068);
+  constexpr QChar popDirectionalIsolate(0x2069);
+  return firstStrongIsolate + name + popDirectionalIsolate;
 }
 
 QString plainToolTip(const QString& text) {

@@ -14,6 +14,19 @@ QString displayText(std::string_view text);
 /// instead of doing what they do.
 QString displayFileName(std::string_view name);
 
+/// A text and the file name that it ends in, either of which may be empty.
+struct NamingText {
+  QString text;
+  QString name;
+};
+
+/// The model's status: of a saved ringtone, with its name as displayFileName shows it.
+NamingText displayStatus(std::string_view status);
+
+/// `name` to be put into a sentence: it has a direction of its own and does not
+/// reorder what stands around it.
+QString isolated(const QString& name);
+
 /// `text` as a tooltip that shows it literally, markup characters included.
 QString plainToolTip(const QString& text);
 

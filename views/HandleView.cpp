@@ -27,7 +27,7 @@ void HandleView::place(const Columns& columns) {
 
 void HandleView::announceValue() {
   const double now = value();
-  if (now == announcedValue_) return;
+  if (dragged_ || now == announcedValue_) return;
   announcedValue_ = now;
   if (!QAccessible::isActive()) return;
   QAccessibleValueChangeEvent event(this, now);
@@ -42,6 +42,10 @@ void HandleView::moveTo(double time) {
   actions_.set(actions_.rule(clampedToSong(time, actions_.songDuration())));
 }
 
+void HandleView::enterEvent(QEnterEvent*) { Q_EMIT metOtherwise(); }
+
+void HandleView::leaveEvent(QEvent*) { Q_EMIT metOtherwise(); }
+
 void HandleView::mousePressEvent(QMouseEvent* event) { drag(event); }
 
 void HandleView::mouseMoveEvent(QMouseEvent* event) { drag(event); }
@@ -49,7 +53,14 @@ void HandleView::mouseMoveEvent(QMouseEvent* event) { drag(event); }
 void HandleView::drag(QMouseEvent* event) {
   if (!event->buttons().testFlag(Qt::LeftButton)) return event->ignore();
   showKeyboardFocus(false);
+  dragged_ = true;
   actions_.dragTo(mapToParent(event->position()).x());
+}
+
+void HandleView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return event->ignore();
+  dragged_ = false;
+  announceValue();
 }
 
 void HandleView::keyPressEvent(QKeyEvent* event) {
@@ -85,6 +96,7 @@ void HandleView::keyPressEvent(QKeyEvent* event) {
       return event->ignore();
   }
   showKeyboardFocus(true);
+  dragged_ = false;  // also where no release ever came
   moveTo(value() + step);
 }
 
@@ -101,7 +113,7 @@ void HandleView::focusOutEvent(QFocusEvent* event) {
 void HandleView::showKeyboardFocus(bool shown) {
   if (shown == keyboardFocused_) return;
   keyboardFocused_ = shown;
-  Q_EMIT focusShownChanged();
+  Q_EMIT metOtherwise();
 }
 
 }  // namespace quibel

@@ -11,6 +11,7 @@ namespace quibel {
 struct HandleActions {
   std::function<double()> value;  ///< where the handle is
   std::function<double()> songDuration;
+  std::function<double()> fragment;         ///< how long the fragment is
   std::function<void(double x)> dragTo;     ///< the pointer's x in the strip, in points
   std::function<double(double time)> rule;  ///< where a drag to `time` would put it
   std::function<void(double time)> set;     ///< moves it, past no rule
@@ -30,24 +31,30 @@ class HandleView : public QWidget {
   /// Makes these columns of the strip, over its whole height, grab the handle.
   void place(const Columns& columns);
 
-  /// Tells assistive technology of the value, if it is another than last time.
+  /// Tells assistive technology of the value, if it is another than last time. A
+  /// drag's is told when it ends.
   void announceValue();
 
-  /// Whether the keyboard moves this handle, to be shown.
-  bool isKeyboardFocused() const { return keyboardFocused_; }
+  /// Whether the keyboard moves this handle and whether the pointer is over it, to be shown.
+  HandleState state() const { return {keyboardFocused_, underMouse()}; }
 
   double value() const { return actions_.value(); }
+  double fragment() const { return actions_.fragment(); }
   double minimum() const;
   double maximum() const;
   /// Moves the handle as a drag to `time` would.
   void moveTo(double time);
 
  Q_SIGNALS:
-  void focusShownChanged();
+  /// The keyboard's focus or the pointer came or went.
+  void metOtherwise();
 
  protected:
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
@@ -58,6 +65,7 @@ class HandleView : public QWidget {
 
   HandleActions actions_;
   double announcedValue_ = 0;
+  bool dragged_ = false;
   bool keyboardFocused_ = false;
 };
 

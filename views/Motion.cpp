@@ -1,17 +1,13 @@
 #include "views/Motion.h"
 
-#include <QApplication>
-#include <QVariant>
-
 namespace quibel {
 namespace {
 
-constexpr const char* property = "motionReduced";
+bool reducedMotion = false;
 
 }  // namespace
 
-bool isMotionReduced() { return qApp->property(property).toBool(); }
-
-void setMotionReduced(bool reduced) { qApp->setProperty(property, reduced); }
+bool isMotionReduced() { return reducedMotion; }
+void setMotionReduced(bool reduced) { reducedMotion = reduced; }
 
 }  // namespace quibel

@@ -34,6 +34,11 @@ StripGeometry stripGeometry(const StripState& state, QSizeF size) {
   if (state.start <= state.playhead && state.playhead <= state.end) {
     geometry.playhead = QRectF(x(state.playhead), 0, 2, size.height());
   }
+  if (state.sweep) {
+    constexpr double light = 200;  // points
+    const double left = *state.sweep * (size.width() + light) - light;
+    geometry.sweep = QRectF(left, 0, light, size.height());
+  }
   return geometry;
 }
 

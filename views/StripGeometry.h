@@ -8,15 +8,25 @@
 
 namespace quibel {
 
-/// What the waveform strip shows besides the envelope: times in seconds, and
-/// which handle the keyboard moves.
+/// How a handle is met: by the keyboard's focus, and by the pointer over it.
+struct HandleState {
+  bool focused = false;
+  bool hovered = false;
+
+  friend bool operator==(const HandleState&, const HandleState&) = default;
+};
+
+/// What the waveform strip shows besides the envelope: times in seconds, and how
+/// its handles are met.
 struct StripState {
   double duration = 0;
   double start = 0;
   double end = 0;
   double playhead = 0;
-  bool startFocused = false;
-  bool endFocused = false;
+  HandleState startHandle = {};
+  HandleState endHandle = {};
+  /// How far a light has swept over the strip, 0 … 1, while its song is analysed.
+  std::optional<double> sweep = {};
 
   friend bool operator==(const StripState&, const StripState&) = default;
 };
@@ -28,6 +38,7 @@ struct StripGeometry {
   double endX = 0;
   QRectF fragment;                 ///< startX … endX, full height; no width where they are reversed
   std::optional<QRectF> playhead;  ///< only while it is in the fragment, bounds included
+  std::optional<QRectF> sweep;     ///< the light, brightest in its middle
 };
 
 inline constexpr double stripCornerRadius = 14;

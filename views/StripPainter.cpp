@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 
 #include "views/EnvelopeImage.h"
 #include "views/Symbols.h"
@@ -16,6 +17,7 @@ struct PixelLayers {
   QRect bounds;
   QRect fragment;
   QRect playhead;  // empty where there is none
+  QRect sweep;     // the light, empty where there is none
   int startX = 0;
   int endX = 0;
 };
@@ -31,7 +33,20 @@ PixelLayers pixelLayers(const StripState& state, QSizeF size, const DeviceGrid& 
     layers.playhead = grid.snapped(*geometry.playhead);
     layers.playhead.setWidth(grid.snappedLength(geometry.playhead->width()));
   }
+  if (geometry.sweep) layers.sweep = grid.snapped(*geometry.sweep);
   return layers;
+}
+
+// A light that is brightest in its middle, a column of pixels at a time, so that it
+// is the same wherever it is cut.
+void paintSweep(QPainter& painter, const QRect& sweep, const QRect& pixels, bool isDark) {
+  const double brightest = isDark ? 0.1 : 0.5;
+  const auto seen = sweep & pixels;
+  for (int x = seen.left(); x <= seen.right(); ++x) {
+    const double rise = std::sin(std::numbers::pi * (x + 0.5 - sweep.left()) / sweep.width());
+    painter.fillRect(x, seen.top(), 1, seen.height(),
+                     withOpacity(Qt::white, brightest * rise * rise));
+  }
 }
 
 // The same geometry as in points, `x` being a pixel edge of `grid`.
@@ -57,18 +72,20 @@ void drawCapsule(QPainter& painter, const QRectF& rect) {
 struct HandleLook {
   int x;
   QColor color;
-  bool focused;
+  QColor hovered;
+  HandleState state;
 };
 
 void paintHandle(QPainter& painter, const HandleLook& handle, const Colors& colors,
                  const DeviceGrid& grid, const QRect& bounds) {
   const double height = bounds.height() / grid.scale;
   const auto place = [&](const QRectF& r) { return inPixels(r, handle.x, grid, bounds); };
-  painter.fillRect(place(handleBar(0, height)), handle.color);
+  const auto color = handle.state.hovered ? handle.hovered : handle.color;
+  painter.fillRect(place(handleBar(0, height)), color);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(handle.color);
+  painter.setBrush(color);
   drawCapsule(painter, place(handleGrip(0, height)));
-  if (handle.focused) {
+  if (handle.state.focused) {
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colors.text, focusRingWidth * grid.scale));
     drawCapsule(painter, place(focusRing(height)));
@@ -125,7 +142,9 @@ QImage StripPainter::composed(const QRect& pixels, const StripState& state) cons
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(-pixels.topLeft());
 
+  painter.fillRect(layers.bounds, colors.stripGround);
   painter.fillRect(layers.bounds, withOpacity(Qt::black, 0.09));
+  paintSweep(painter, layers.sweep, pixels, colors.isDark);
   if (!greyEnvelope_.isNull()) painter.drawImage(pixels.topLeft(), greyEnvelope_, pixels);
   const auto fragment = layers.fragment & pixels;
   if (!fragment.isEmpty()) {
@@ -135,8 +154,9 @@ QImage StripPainter::composed(const QRect& pixels, const StripState& state) cons
     }
   }
   if (!layers.playhead.isEmpty()) painter.fillRect(layers.playhead, Qt::white);
-  for (const auto& handle : {HandleLook{layers.startX, colors.green, state.startFocused},
-                             HandleLook{layers.endX, colors.orange, state.endFocused}}) {
+  const HandleLook start{layers.startX, colors.green, colors.greenHovered, state.startHandle};
+  const HandleLook end{layers.endX, colors.orange, colors.orangeHovered, state.endHandle};
+  for (const auto& handle : {start, end}) {
     if (handlePixels(handle.x, grid, layers.bounds).intersects(pixels)) {
       paintHandle(painter, handle, colors, grid, layers.bounds);
     }
@@ -183,14 +203,15 @@ QRegion StripPainter::changed(const StripState& before, const StripState& after,
   const auto a = pixelLayers(before, size, grid);
   const auto b = pixelLayers(after, size, grid);
   QRegion pixels;
-  const auto handle = [&](int oldX, int newX, bool refocused) {
-    if (oldX == newX && !refocused) return;
+  const auto handle = [&](int oldX, int newX, bool metOtherwise) {
+    if (oldX == newX && !metOtherwise) return;
     pixels += handlePixels(oldX, grid, a.bounds);
     pixels += handlePixels(newX, grid, a.bounds);
     pixels += between(oldX, newX, a.bounds);
   };
-  handle(a.startX, b.startX, before.startFocused != after.startFocused);
-  handle(a.endX, b.endX, before.endFocused != after.endFocused);
+  handle(a.startX, b.startX, before.startHandle != after.startHandle);
+  handle(a.endX, b.endX, before.endHandle != after.endHandle);
+  if (a.sweep != b.sweep) pixels += QRegion(a.sweep) + b.sweep;
   if (a.playhead != b.playhead) pixels += QRegion(a.playhead) + b.playhead;
 
   QRegion points;

@@ -6,8 +6,6 @@
 #include <QStyle>
 #include <algorithm>
 
-#include "views/DisplayText.h"
-
 namespace quibel {
 namespace {
 
@@ -31,13 +29,28 @@ TextLabel::TextLabel(TextStyle style, Role role, Feature feature, const QString&
   setText(text);
 }
 
-void TextLabel::showText(const QString& text) {
-  if (text == this->text()) return;
-  setText(text);
+void TextLabel::showText(const NamingText& naming) {
+  const auto whole = naming.text + naming.name;
+  if (whole == text() && naming.name == name_) return;
+  name_ = naming.name;
+  setText(whole);
   if (feature_ != Feature::elided) return;
-  setToolTip(plainToolTip(text));
+  setToolTip(plainToolTip(whole));
   // As is, assistive technology would be told the tooltip, with its markup.
-  setAccessibleDescription(text);
+  setAccessibleDescription(whole);
+}
+
+QString TextLabel::fitting() const {
+  const auto metrics = fontMetrics();
+  const auto whole = text();
+  if (name_.isEmpty()) {
+    const bool fits = feature_ != Feature::elided || advance(whole) <= width();
+    return fits ? whole : metrics.elidedText(whole, Qt::ElideMiddle, width());
+  }
+  const auto lead = whole.chopped(name_.size());
+  const auto name = isolated(name_);
+  if (feature_ != Feature::elided || advance(lead + name) <= width()) return lead + name;
+  return lead + isolated(metrics.elidedText(name_, Qt::ElideMiddle, width() - advance(lead)));
 }
 
 QSize TextLabel::sizeHint() const { return {advance(text()), lineHeightOf(fontMetrics())}; }
@@ -60,8 +73,7 @@ void TextLabel::paintEvent(QPaintEvent*) {
   const auto palette = colors(this->palette());
   painter.setPen(role_ == Role::primary ? palette.text : palette.secondary);
   const auto metrics = fontMetrics();
-  const bool fits = feature_ != Feature::elided || advance(text()) <= width();
-  const auto shown = fits ? text() : metrics.elidedText(text(), Qt::ElideMiddle, width());
+  const auto shown = fitting();
   const auto place = QStyle::alignedRect(layoutDirection(), alignment(),
                                          QSize(advance(shown), lineHeightOf(metrics)), rect());
   const QPoint baseline(place.left(), place.top() + ascentOf(metrics));

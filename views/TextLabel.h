@@ -2,6 +2,7 @@
 
 #include <QLabel>
 
+#include "views/DisplayText.h"
 #include "views/Theme.h"
 
 namespace quibel {
@@ -16,14 +17,18 @@ class TextLabel : public QLabel {
   enum class Feature {
     none,
     monospacedDigits,  ///< every digit as wide as the widest, so that times stand still
-    elided,            ///< cut in the middle where there is no room, whole in a tooltip
+    elided,            ///< cut where there is no room, whole in a tooltip
   };
 
   explicit TextLabel(TextStyle style, Role role = Role::primary, Feature feature = Feature::none,
                      const QString& text = {}, QWidget* parent = nullptr);
 
   /// Shows `text`; nothing happens where it is shown already.
-  void showText(const QString& text);
+  void showText(const QString& text) { showText(NamingText{text, {}}); }
+
+  /// The same with a file name at its end, which alone is cut: in its middle, so
+  /// that its extension stays.
+  void showText(const NamingText& text);
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
@@ -33,6 +38,7 @@ class TextLabel : public QLabel {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  QString fitting() const;
   int advance(const QString& text) const;
   int digitWidth() const;
   void drawMonospaced(QPainter& painter, QPoint baseline) const;
@@ -40,6 +46,7 @@ class TextLabel : public QLabel {
   TextStyle style_;
   Role role_;
   Feature feature_;
+  QString name_;
 };
 
 }  // namespace quibel

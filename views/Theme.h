@@ -15,8 +15,17 @@ struct Colors {
   QColor onAccentFill;  ///< text on accentFill, at least 4.5 : 1
   QColor windowBackground;
   QColor controlBackground;
-  QColor green;   ///< the start of the fragment
+  QColor stripGround;  ///< below the waveform strip; transparent where its panel is seen
+  QColor buttonFill;
+  QColor edge;        ///< around a button; at least 3 : 1 on what lies around it
+  QColor accentEdge;  ///< the same around accentFill
+  QColor focusRing;   ///< at least 3 : 1 on buttonFill and on what lies around a button
+  // The handles: at least 3 : 1 on the strip and on its fragment, and the white lines
+  // on them, at rest and under the pointer.
+  QColor green;  ///< the start of the fragment
+  QColor greenHovered;
   QColor orange;  ///< the end of the fragment
+  QColor orangeHovered;
   bool isDark = false;
 
   friend bool operator==(const Colors&, const Colors&) = default;
@@ -26,6 +35,20 @@ struct Colors {
 /// our blue as accent. With one of black and white, which is what high contrast
 /// means on a desktop, all text has a contrast of at least 7 : 1.
 Colors colors(const QPalette& palette);
+
+/// The opacity of a panel over the window, the fainter one of the two screens'.
+inline constexpr double panelOpacity = 0.75;
+
+/// The strip and its fragment, opaque, on a panel where the window is most tinted.
+struct StripGrounds {
+  QColor panel;
+  QColor strip;
+  QColor fragment;
+};
+StripGrounds stripGrounds(const Colors& colors);
+
+/// `palette` with tooltips in the colours of the window.
+QPalette toolTipPalette(const QPalette& palette);
 
 /// Whether `palette` is the one that Qt brings itself, no desktop having given one.
 bool isBuiltInPalette(const QPalette& palette);

@@ -4,6 +4,7 @@
 #include <QPaintEvent>
 
 #include "views/HandleView.h"
+#include "views/Motion.h"
 #include "views/SelectionGeometry.h"
 
 namespace quibel {
@@ -17,11 +18,13 @@ WaveformSelectionView::WaveformSelectionView(Binding<double> start, Binding<doub
   const auto startRule = [this](double t) { return draggedStart(t, end_.get()); };
   const auto endRule = [this](double t) { return draggedEnd(t, start_.get()); };
   const auto songDuration = [this] { return shown_.duration; };
+  const auto fragment = [this] { return end_.get() - start_.get(); };
 
   startHandle_ = new HandleView(
       tr("Inicio del fragmento"),
       {.value = [this] { return start_.get(); },
        .songDuration = songDuration,
+       .fragment = fragment,
        .dragTo = [this, time, startRule](double x) { start_.set(startRule(time(x))); },
        .rule = startRule,
        .set = [this](double t) { start_.set(t); }},
@@ -31,12 +34,13 @@ WaveformSelectionView::WaveformSelectionView(Binding<double> start, Binding<doub
       new HandleView(tr("Final del fragmento"),
                      {.value = [this] { return end_.get(); },
                       .songDuration = songDuration,
+                      .fragment = fragment,
                       .dragTo = [this, time, endRule](double x) { end_.set(endRule(time(x))); },
                       .rule = endRule,
                       .set = [this](double t) { end_.set(t); }},
                      this);
   for (auto* handle : {startHandle_, endHandle_}) {
-    connect(handle, &HandleView::focusShownChanged, this, &WaveformSelectionView::showFocus);
+    connect(handle, &HandleView::metOtherwise, this, &WaveformSelectionView::showHandles);
   }
 }
 
@@ -62,12 +66,39 @@ void WaveformSelectionView::display(const StripState& state) {
   shown_ = state;
 }
 
-void WaveformSelectionView::showFocus() {
+void WaveformSelectionView::showHandles() {
   auto state = shown_;
-  state.startFocused = startHandle_->isKeyboardFocused();
-  state.endFocused = endHandle_->isKeyboardFocused();
+  state.startHandle = startHandle_->state();
+  state.endHandle = endHandle_->state();
   display(state);
 }
+
+void WaveformSelectionView::setLoading(bool loading) {
+  if (loading == loading_) return;
+  loading_ = loading;
+  sweep();
+}
+
+void WaveformSelectionView::sweep() {
+  auto state = shown_;
+  state.sweep.reset();
+  if (!loading_ || !isVisible() || isMotionReduced()) {
+    sweepTimer_.stop();
+    return display(state);
+  }
+  constexpr int turnMilliseconds = 1600;
+  constexpr int frameMilliseconds = 33;
+  if (!sweepTimer_.isActive()) {
+    sweepTimer_.start(frameMilliseconds, this);
+    sweepClock_.start();
+  }
+  state.sweep = static_cast<double>(sweepClock_.elapsed() % turnMilliseconds) / turnMilliseconds;
+  display(state);
+}
+
+void WaveformSelectionView::timerEvent(QTimerEvent*) { sweep(); }
+void WaveformSelectionView::showEvent(QShowEvent*) { sweep(); }
+void WaveformSelectionView::hideEvent(QHideEvent*) { sweep(); }
 
 void WaveformSelectionView::placeHandles() {
   const auto geometry = stripGeometry(shown_, size());

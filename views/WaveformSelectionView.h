@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QWidget>
 #include <vector>
 
@@ -25,6 +27,10 @@ class WaveformSelectionView : public QWidget {
   /// now. Repaints only what has changed.
   void refresh(const std::vector<double>& samples, double duration, double playhead);
 
+  /// Whether the song is being analysed: a light sweeps over the strip meanwhile.
+  void setLoading(bool loading);
+  bool isSweeping() const { return sweepTimer_.isActive(); }
+
   HandleView& startHandle() { return *startHandle_; }
   HandleView& endHandle() { return *endHandle_; }
 
@@ -32,11 +38,15 @@ class WaveformSelectionView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void timerEvent(QTimerEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
 
  private:
   void placeHandles();
   void display(const StripState& state);
-  void showFocus();
+  void showHandles();
+  void sweep();
 
   Binding<double> start_;
   Binding<double> end_;
@@ -44,6 +54,9 @@ class WaveformSelectionView : public QWidget {
   StripPainter painter_;
   HandleView* startHandle_;
   HandleView* endHandle_;
+  bool loading_ = false;
+  QBasicTimer sweepTimer_;
+  QElapsedTimer sweepClock_;
 };
 
 }  // namespace quibel

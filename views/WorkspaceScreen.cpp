@@ -83,9 +83,10 @@ QWidget* WorkspaceScreen::makeButtons() {
 
 void WorkspaceScreen::refresh() {
   const auto& url = editor_->audioURL();
-  fileName_->showText(url ? displayFileName(url->lastPathComponent()) : QString());
+  fileName_->showText({{}, url ? displayFileName(url->lastPathComponent()) : QString()});
   length_->showText(displayText(format(editor_->duration())));
   waveform_->refresh(editor_->samples(), editor_->duration(), editor_->playhead());
+  waveform_->setLoading(editor_->isLoading());
   start_->showTime(editor_->start());
   duration_->showTime(editor_->end() - editor_->start());
   end_->showTime(editor_->end());

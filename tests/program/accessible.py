@@ -10,7 +10,12 @@ from accessibility_bus import NOTHING, ROOT, AccessibilityBus, CallFailed
 from waiting import wait_until
 
 # The names that differ between versions of the toolkits, as the others give them.
-ROLES = {"button": "push button", "status bar": "statusbar", "alert message": "alert"}
+ROLES = {
+    "button": "push button",
+    "spin box": "spin button",
+    "status bar": "statusbar",
+    "alert message": "alert",
+}
 
 
 class State(enum.IntEnum):
@@ -40,7 +45,7 @@ class Accessible:
     """One element of a program's tree: what it was when it was found, and where it
     is and what it holds now.
 
-    role is a name such as "push button" or "slider".
+    role is a name such as "push button" or "spin button".
     """
 
     def __init__(self, bus, node):
@@ -63,7 +68,7 @@ class Accessible:
 
     @property
     def value(self):
-        """Where a slider stands."""
+        """Where a spin button stands."""
         return self._bus.get(self._node, "Value", "CurrentValue")
 
     @value.setter
@@ -72,7 +77,7 @@ class Accessible:
 
     @property
     def range(self):
-        """The least and the greatest value of a slider."""
+        """The least and the greatest value of a spin button."""
         ends = ("MinimumValue", "MaximumValue")
         return tuple(self._bus.get(self._node, "Value", end) for end in ends)
 
@@ -148,6 +153,28 @@ class Announcements:
     def _notice(self, node, on):
         if on:
             self._appeared.append(node)
+
+
+class SpokenValues:
+    """What a screen reader would say of values on a desktop from now on, whenever one
+    is announced to have changed: the text of its element."""
+
+    def __init__(self, desktop):
+        self._bus = AccessibilityBus(desktop)
+        self._texts = []
+        self._changed = []
+        self.close = self._bus.subscribe(
+            "object:property-change:accessible-value", "PropertyChange", "accessible-value",
+            lambda node, _: self._changed.append(node),
+        )  # fmt: skip
+
+    def heard(self):
+        """All of them so far, the first one first."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        while self._changed:
+            self._texts.append(Accessible(self._bus, self._changed.pop(0)).text)
+        return self._texts
 
 
 class Screen:

@@ -196,7 +196,7 @@ class Quibel:
     def handle(self, name):
         """Where a handle can be taken: near its middle, on the side of the fragment,
         as the other side is cut off at the song's ends."""
-        x, y = self.centre_of(self.wait_for("slider", name))
+        x, y = self.centre_of(self.wait_for("spin button", name))
         return x + (3 if name == START_HANDLE else -3), y
 
     # The alert.

@@ -1,7 +1,7 @@
 import contextlib
 
 import songs
-from accessible import Announcements
+from accessible import Announcements, SpokenValues
 from ear import Ear
 from quibel import (
     ACCEPT, CHOOSE, CREATE, END_HANDLE, GUIDANCE, LISTEN, OPEN_PANEL, SAVE_PANEL, START_HANDLE, STOP,
@@ -23,7 +23,7 @@ class Accessibility(Scenario):
         self.choose(songs.tone(self.song("canción.wav"), 60))
         self.wait_until_announced("notification", GUIDANCE)
         self.assertEqual(self.quibel.fragment(), (0, 40, 40))
-        start, end = self.slider(START_HANDLE), self.slider(END_HANDLE)
+        start, end = self.handle(START_HANDLE), self.handle(END_HANDLE)
         self.assertEqual((start.value, *start.range), (0, 0, 39.5))
         self.assertEqual((end.value, *end.range), (40, 0.5, 60))
 
@@ -45,10 +45,10 @@ class Accessibility(Scenario):
         self.wait_until_announced("notification", "Tono guardado: tono.m4r")
         self.assertAlmostEqual(Ringtone(saved).seconds, 7.5, delta=0.001)
 
-    def test_a_slider_keeps_to_the_rules_of_a_drag(self):
+    def test_a_handle_keeps_to_the_rules_of_a_drag(self):
         self.choose(songs.tone(self.song("canción.wav"), 60))
         self.quibel.wait_until_loaded()
-        start, end = self.slider(START_HANDLE), self.slider(END_HANDLE)
+        start, end = self.handle(START_HANDLE), self.handle(END_HANDLE)
         start.value = 50
         wait_until(lambda: self.quibel.fragment() == (39.5, 0.5, 40), "the start before the end")
         end.value = -7
@@ -56,6 +56,30 @@ class Accessibility(Scenario):
         end.value = 900
         wait_until(lambda: self.quibel.fragment() == (39.5, 20.5, 60), "the end of the song")
         self.assertEqual((start.value, end.value), (39.5, 60))
+
+    def test_a_handle_says_its_time_and_the_fragment_when_a_drag_ends_and_at_each_key(self):
+        self.quibel.load(songs.tone(self.song("canción.wav"), 100))
+        values = self.enterContext(contextlib.closing(SpokenValues(self.desktop)))
+        x, y = self.quibel.handle(END_HANDLE)
+        pointer = self.quibel.pointer
+        pointer.move(x, y)
+        pointer.press()
+        for target in (x + 40, x + 80):
+            before = self.quibel.fragment()
+            pointer.move(target, y)
+            wait_until(lambda before=before: self.quibel.fragment() != before, "the end to move")
+        self.assertEqual(values.heard(), [])
+        pointer.release()
+        wait_until(values.heard, "the end to be spoken")
+
+        pointer.type("Home")
+        half = "0,5 segundos, fragmento de 0,5 segundos"
+        wait_until(lambda: half in values.heard(), lambda: f"{half!r} after {values.heard()}")
+        pointer.type("End")
+        minutes = "1 minuto 40 segundos"
+        whole = f"{minutes}, fragmento de {minutes}, solo se guardan 40 segundos"
+        wait_until(lambda: whole in values.heard(), lambda: f"{whole!r} after {values.heard()}")
+        self.assertEqual(values.heard()[1:], [half, whole])
 
     def test_an_alert_is_announced_with_its_message(self):
         text = self.song("apuntes.mp3")
@@ -80,8 +104,8 @@ class Accessibility(Scenario):
     def press(self, name):
         self.quibel.button(name).press()
 
-    def slider(self, name):
-        return self.quibel.wait_for("slider", name)
+    def handle(self, name):
+        return self.quibel.wait_for("spin button", name)
 
     def wait_until_announced(self, role, name):
         """Until that is read out; returns it."""

@@ -255,6 +255,42 @@ TEST_F(Content, InATallWindowTheWelcomeScreenTakesTheRoom) {
   EXPECT_GT(view.findChild<WelcomeScreen*>()->height(), 800);
 }
 
+TEST_F(Content, InTheSmallestWindowNothingMovesWhenTheScreenChanges) {
+  const auto before = QApplication::font();
+  for (const double points : {6.0, 7.0, 8.0, 8.5, 9.0, 9.5, 10.0, 14.0}) {
+    auto font = before;
+    font.setPointSizeF(points);
+    QApplication::setFont(font);
+    auto own = std::make_shared<AudioEditorModel>(machine);
+    ContentView content(own);
+    content.resize(content.minimumSizeHint());
+    content.show();
+    turn();
+    const auto place = [&](int row) { return content.layout()->itemAt(row)->widget()->geometry(); };
+    const auto header = place(1);
+    const int top = place(2).top();
+    own->load(addSong("/musica/canción.mp3", 90));
+    turn();
+    EXPECT_EQ(header, place(1)) << points;
+    EXPECT_EQ(top, place(2).top()) << points;
+    machine.settle();
+  }
+  QApplication::setFont(before);
+}
+
+TEST_F(Content, TheStatusLineShowsTheNameOfASavedRingtoneWithoutMarksThatReorder) {
+  load(90);
+  machine.savePanelAnswer = platform::FileURL(
+      "/tonos/\xe2\x80\xae"
+      "3pm.m4r");
+  model->export_();
+  machine.sessions.back()->finish(platform::ExportStatus::completed);
+  machine.settle();
+  EXPECT_EQ(statusLine().toStdString(),
+            "Tono guardado: \xef\xbf\xbd"
+            "3pm.m4r");
+}
+
 TEST_F(Content, TheMinimumIs780By580) {
   EXPECT_EQ(view.minimumSizeHint(), QSize(780, 580));
   load(90);

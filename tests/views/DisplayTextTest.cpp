@@ -31,6 +31,18 @@ TEST(DisplayText, KeepsLinesAsTheyAre) {
   EXPECT_EQ(displayText("uno\ndos").toStdString(), "uno\ndos");
 }
 
+TEST(DisplayStatus, SetsTheNameOfASavedRingtoneApart) {
+  const auto [text, name] = displayStatus("Tono guardado: Tono guardado: \xe2\x80\xae.m4r");
+  EXPECT_EQ(text.toStdString(), "Tono guardado: ");
+  EXPECT_EQ(name.toStdString(), "Tono guardado: \xef\xbf\xbd.m4r");
+}
+
+TEST(DisplayStatus, HasNoNameInAnythingElse) {
+  const auto [text, name] = displayStatus("Mueve los tiradores");
+  EXPECT_EQ(text.toStdString(), "Mueve los tiradores");
+  EXPECT_TRUE(name.isEmpty());
+}
+
 TEST(PlainToolTip, ShowsMarkupLiterally) {
   EXPECT_EQ(plainToolTip(QStringLiteral("<b>&")).toStdString(), "<qt>&lt;b&gt;&amp;</qt>");
   EXPECT_TRUE(plainToolTip({}).isEmpty());

@@ -4,8 +4,11 @@
 #include <QApplication>
 #include <QDebug>
 #include <QDir>
+#include <QEnterEvent>
+#include <QEventLoop>
 #include <QImage>
 #include <QPainter>
+#include <QTimer>
 #include <cmath>
 #include <numbers>
 
@@ -78,6 +81,13 @@ class Scene {
     machine.settle();
   }
 
+  void loadUntilTheLightIsInTheMiddle() {
+    editor().load(songURL);
+    QEventLoop loop;
+    QTimer::singleShot(800, &loop, &QEventLoop::quit);
+    loop.exec();
+  }
+
   void select(double start, double end) {
     load();
     editor().startBinding().set(start);
@@ -115,7 +125,7 @@ struct State {
 constexpr State states[] = {
     {"welcome", [](Scene&) {}},
     {"drop", [](Scene& s) { s.window->findChild<WelcomeScreen*>()->setDropping(true); }},
-    {"loading", [](Scene& s) { s.editor().load(songURL); }},
+    {"loading", [](Scene& s) { s.loadUntilTheLightIsInTheMiddle(); }},
     {"workspace", [](Scene& s) { s.load(); }},
     {"dragging", [](Scene& s) { s.select(48.2, 104.9); }},
     {"looping",
@@ -131,6 +141,15 @@ constexpr State states[] = {
        QCoreApplication::processEvents();
        s.focus(s.window->findChildren<HandleView*>().back());
      }},
+    {"hovered-handle",
+     [](Scene& s) {
+       s.select(48.2, 79.6);
+       QCoreApplication::processEvents();
+       auto* const handle = s.window->findChildren<HandleView*>().back();
+       QEnterEvent enter({}, {}, {});
+       handle->setAttribute(Qt::WA_UnderMouse);
+       QCoreApplication::sendEvent(handle, &enter);
+     }},
     {"focused-button",
      [](Scene& s) {
        s.select(48.2, 79.6);
@@ -141,6 +160,17 @@ constexpr State states[] = {
     {"done",
      [](Scene& s) {
        s.startExport();
+       s.machine.sessions.back()->finish(platform::ExportStatus::completed);
+       s.machine.settle();
+     }},
+    {"long-name",
+     [](Scene& s) {
+       s.select(48.2, 79.6);
+       s.machine.savePanelAnswer = platform::FileURL(
+           "/música/Sinfonía número 9 en re menor, opus 125, cuarto movimiento, con un título que "
+           "no "
+           "acaba nunca y sigue y sigue hasta el final.m4r");
+       s.editor().export_();
        s.machine.sessions.back()->finish(platform::ExportStatus::completed);
        s.machine.settle();
      }},

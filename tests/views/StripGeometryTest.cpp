@@ -56,6 +56,16 @@ TEST(StripGeometry, RightAfterALoadThePlayheadShowsAtTheLeftEdge) {
   EXPECT_EQ(geometry.playhead->left(), 0);
 }
 
+TEST(StripGeometry, TheLightSweepsFromBeforeTheStripToBeyondIt) {
+  const auto sweep = [](std::optional<double> at) {
+    return stripGeometry({.sweep = at}, size).sweep;
+  };
+  EXPECT_FALSE(sweep(std::nullopt));
+  EXPECT_EQ(sweep(0)->right(), 0);
+  EXPECT_EQ(sweep(0.5)->center().x(), 360);
+  EXPECT_EQ(sweep(1)->left(), 720);
+}
+
 TEST(HandleGeometry, ABarOfFourPointsCarriesAGripOf18By38InItsMiddle) {
   EXPECT_EQ(handleBar(100, 220), QRectF(98, 0, 4, 220));
   EXPECT_EQ(handleGrip(100, 220), QRectF(91, 91, 18, 38));

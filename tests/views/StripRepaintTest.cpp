@@ -101,7 +101,10 @@ TEST_P(StripRepaint, RandomChangesGiveTheSamePixelsAsPaintingAfresh) {
     if (random() % 2) next.start = time();
     if (random() % 2) next.end = time();
     if (random() % 2) next.playhead = time();
-    if (random() % 8 == 0) next.startFocused = !next.startFocused;
+    if (random() % 8 == 0) next.startHandle.focused = !next.startHandle.focused;
+    if (random() % 8 == 0) next.endHandle.hovered = !next.endHandle.hovered;
+    if (random() % 4 == 0) next.sweep = std::uniform_real_distribution<>(0, 1)(random);
+    if (random() % 8 == 0) next.sweep.reset();
     if (random() % 8 == 0) next.duration = 100 + time();
     states.push_back(next);
   }

@@ -83,6 +83,58 @@ TEST(Colors, TheTwoHandlesDifferInLightnessToo) {
   }
 }
 
+TEST(Colors, HandlesStandOutOnTheStripAndTheirLinesOnThem) {
+  for (const auto& p : palettes()) {
+    const auto c = colors(p);
+    const auto [panel, strip, fragment] = stripGrounds(c);
+    for (const QColor& handle : {c.green, c.greenHovered, c.orange, c.orangeHovered}) {
+      SCOPED_TRACE(handle.name().toStdString() + " on " + strip.name().toStdString() + " and " +
+                   fragment.name().toStdString());
+      EXPECT_GE(contrastRatio(handle, strip), 3);
+      EXPECT_GE(contrastRatio(handle, fragment), 3);
+      EXPECT_GE(contrastRatio(handle, Qt::white), 3);
+    }
+  }
+}
+
+TEST(Colors, AHandleUnderThePointerIsSeenToBe) {
+  for (const auto& p : palettes()) {
+    const auto c = colors(p);
+    EXPECT_GE(contrastRatio(c.green, c.greenHovered), 1.1);
+    EXPECT_GE(contrastRatio(c.orange, c.orangeHovered), 1.1);
+  }
+}
+
+TEST(Colors, TheStripStandsOutFromItsPanel) {
+  for (const auto& p : palettes()) {
+    const auto [panel, strip, fragment] = stripGrounds(colors(p));
+    EXPECT_GE(contrastRatio(panel, strip), 1.2) << panel.name().toStdString();
+  }
+}
+
+TEST(Colors, TheEdgesAndTheFocusOfButtonsStandOutOnAllThatLiesAroundThem) {
+  for (const auto& p : palettes()) {
+    const auto c = colors(p);
+    const auto tinted = blended(c.accent, 0.09, c.windowBackground);
+    for (const QColor& background : {c.windowBackground, tinted, stripGrounds(c).panel}) {
+      EXPECT_GE(contrastRatio(c.edge, background), 3);
+      EXPECT_GE(contrastRatio(c.accentEdge, background), 3);
+      EXPECT_GE(contrastRatio(c.focusRing, background), 3);
+    }
+    EXPECT_GE(contrastRatio(c.focusRing, c.buttonFill), 3);
+    EXPECT_GE(contrastRatio(c.text, c.buttonFill), 4.5);
+  }
+}
+
+TEST(Colors, TooltipsHaveTheWindowsOwn) {
+  for (const auto& p : palettes()) {
+    const auto c = colors(p);
+    const auto toolTips = toolTipPalette(p);
+    EXPECT_EQ(toolTips.color(QPalette::ToolTipBase), c.controlBackground);
+    EXPECT_EQ(toolTips.color(QPalette::ToolTipText), c.text);
+  }
+}
+
 TEST(Blended, MixesByOpacity) {
   EXPECT_EQ(blended(Qt::black, 0.5, Qt::white).red(), 128);
   EXPECT_EQ(blended(Qt::black, 0, Qt::white), QColor(Qt::white));

@@ -3,6 +3,8 @@
 
 #include "tests/views/EditorFixture.h"
 #include "views/HandleView.h"
+#include "views/Motion.h"
+#include "views/Theme.h"
 #include "views/WaveformSelectionView.h"
 
 namespace quibel {
@@ -245,14 +247,13 @@ TEST_F(SelectionView, TheKeysMoveAHandleByTheRulesOfADrag) {
   EXPECT_EQ(model->start(), 0);
 }
 
-TEST_F(SelectionView, EachHandleIsASliderForAssistiveTechnology) {
+TEST_F(SelectionView, EachHandleIsASpinButtonForAssistiveTechnology) {
   show(180);
   select(20, 60);
   auto* const start = QAccessible::queryAccessibleInterface(&view.startHandle());
   ASSERT_TRUE(start && start->valueInterface());
-  EXPECT_EQ(start->role(), QAccessible::Slider);
+  EXPECT_EQ(start->role(), QAccessible::SpinBox);
   EXPECT_EQ(start->text(QAccessible::Name).toStdString(), "Inicio del fragmento");
-  EXPECT_EQ(start->text(QAccessible::Value).toStdString(), "20,0 segundos");
   EXPECT_EQ(start->valueInterface()->currentValue().toDouble(), 20);
   EXPECT_EQ(start->valueInterface()->minimumValue().toDouble(), 0);
   EXPECT_EQ(start->valueInterface()->maximumValue().toDouble(), 59.5);
@@ -266,15 +267,58 @@ TEST_F(SelectionView, EachHandleIsASliderForAssistiveTechnology) {
   EXPECT_EQ(model->end(), 20.5);
 }
 
+TEST_F(SelectionView, AHandlesTextIsItsTimeAndTheFragmentsLengthInSpanish) {
+  show(180);
+  select(19.5, 70);
+  auto* const start = QAccessible::queryAccessibleInterface(&view.startHandle());
+  const std::string spoken =
+      "19,5 segundos, fragmento de 50,5 segundos, solo se guardan 40 segundos";
+  EXPECT_EQ(start->text(QAccessible::Value).toStdString(), spoken);
+  ASSERT_TRUE(start->textInterface());
+  EXPECT_EQ(start->textInterface()->text(0, start->textInterface()->characterCount()).toStdString(),
+            spoken);
+  EXPECT_EQ(start->textInterface()->text(0, 4).toStdString(), "19,5");
+  auto* const end = QAccessible::queryAccessibleInterface(&view.endHandle());
+  select(19.5, 40);
+  EXPECT_EQ(end->text(QAccessible::Value).toStdString(), "40 segundos, fragmento de 20,5 segundos");
+}
+
 TEST_F(SelectionView, OnlyTheKeyboardsFocusIsShown) {
   view.activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
   view.startHandle().setFocus(Qt::MouseFocusReason);
-  EXPECT_FALSE(view.startHandle().isKeyboardFocused());
+  EXPECT_FALSE(view.startHandle().state().focused);
   view.endHandle().setFocus(Qt::TabFocusReason);
   view.startHandle().setFocus(Qt::TabFocusReason);
-  EXPECT_TRUE(view.startHandle().isKeyboardFocused());
-  EXPECT_FALSE(view.endHandle().isKeyboardFocused());
+  EXPECT_TRUE(view.startHandle().state().focused);
+  EXPECT_FALSE(view.endHandle().state().focused);
+}
+
+/// The colour of a handle's bar, as the strip shows it.
+QColor barColor(WaveformSelectionView& view, double x) {
+  QImage image(view.size(), QImage::Format_RGB32);
+  image.fill(Qt::white);
+  view.render(&image, {}, {}, QWidget::DrawChildren);
+  return image.pixelColor(static_cast<int>(x), 30);
+}
+
+TEST_F(SelectionView, AHandleHasAFaceUnderThePointer) {
+  show(180);
+  select(50, 150);  // at 200 and 600
+  const auto palette = colors(view.palette());
+  const auto pointer = [&](int to) {
+    QMouseEvent move(QEvent::MouseMove, QPointF(to, 100), view.mapToGlobal(QPointF(to, 100)),
+                     Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.windowHandle(), &move);
+  };
+  pointer(300);
+  EXPECT_EQ(barColor(view, 200), palette.green);
+  pointer(205);
+  EXPECT_EQ(barColor(view, 200), palette.greenHovered);
+  EXPECT_EQ(barColor(view, 600), palette.orange);
+  pointer(605);
+  EXPECT_EQ(barColor(view, 200), palette.green);
+  EXPECT_EQ(barColor(view, 600), palette.orangeHovered);
 }
 
 /// Counts the areas that are painted again.
@@ -286,6 +330,35 @@ class PaintCount : public QObject {
   }
   QRegion region;
 };
+
+TEST_F(SelectionView, ALightSweepsOverTheStripOnlyWhileASongIsAnalysed) {
+  turn();
+  PaintCount paints;
+  view.installEventFilter(&paints);
+  const auto movesOn = [&] {
+    paints.region = {};
+    return QTest::qWaitFor([&] { return !paints.region.isEmpty(); });
+  };
+  EXPECT_FALSE(view.isSweeping());
+  view.setLoading(true);
+  EXPECT_TRUE(view.isSweeping());
+  EXPECT_TRUE(movesOn());
+  EXPECT_TRUE(movesOn());
+  view.setLoading(false);
+  EXPECT_FALSE(view.isSweeping());
+
+  view.setLoading(true);
+  view.hide();
+  EXPECT_FALSE(view.isSweeping()) << "unseen";
+  view.show();
+  EXPECT_TRUE(view.isSweeping());
+  setMotionReduced(true);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !view.isSweeping(); }));
+  view.setLoading(false);
+  view.setLoading(true);
+  EXPECT_FALSE(view.isSweeping()) << "with less motion wanted";
+  setMotionReduced(false);
+}
 
 TEST_F(SelectionView, ARefreshWithoutAChangePaintsNothing) {
   show(180);

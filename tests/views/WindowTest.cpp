@@ -1,13 +1,17 @@
 #include <QMouseEvent>
+#include <QToolTip>
 #include <QWindow>
+#include <map>
 
 #include "app/ContentView.h"
+#include "app/DesktopAppearance.h"
 #include "app/Window.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
 #include "app/WindowShadow.h"
 #include "tests/views/EditorFixture.h"
 #include "tests/views/Find.h"
+#include "views/Theme.h"
 
 namespace quibel {
 namespace {
@@ -73,6 +77,52 @@ TEST_F(WindowTest, ItsControlsAreThoseThatTheDesktopWantsOnTheSideThatItWants) {
 TEST_F(WindowTest, BetweenItsControlsTheStripIsGround) {
   QTest::mouseDClick(window->childAt(390, 14), Qt::LeftButton, {}, QPoint(380, 10));
   EXPECT_TRUE(window->isMaximized());
+}
+
+/// Counts how often each view is painted.
+class PaintCount : public QObject {
+ public:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint) ++of[watched];
+    return false;
+  }
+  std::map<QObject*, int> of;
+};
+
+TEST_F(WindowTest, AllItsControlsArePaintedAgainWhenItBecomesActiveOrInactive) {
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+  QCoreApplication::processEvents();
+  PaintCount paints;
+  const auto controls = window->findChildren<WindowControl*>();
+  ASSERT_EQ(controls.size(), 3);
+  for (auto* found : controls) found->installEventFilter(&paints);
+  const auto count = [&](QObject* found) { return paints.of[found]; };
+
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  QCoreApplication::processEvents();
+  for (auto* found : controls) EXPECT_GT(count(found), 0) << found->accessibleName().toStdString();
+  paints.of.clear();
+
+  other.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+  QCoreApplication::processEvents();
+  for (auto* found : controls) EXPECT_GT(count(found), 0) << found->accessibleName().toStdString();
+}
+
+TEST_F(WindowTest, TooltipsFollowItsPalette) {
+  const auto before = QApplication::palette();
+  EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipBase), colors(before).controlBackground);
+  QApplication::setPalette(
+      palette({.isDark = true, .isHighContrast = false, .accent = {}}, before));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipBase),
+            colors(QApplication::palette()).controlBackground);
+  EXPECT_NE(QToolTip::palette().color(QPalette::ToolTipBase), colors(before).controlBackground);
+  QApplication::setPalette(before);
 }
 
 TEST_F(WindowTest, MaximisesAndRestores) {
