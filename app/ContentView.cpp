@@ -1,18 +1,21 @@
 #include "app/ContentView.h"
 
+#include <QAccessible>
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
-#include <QStackedWidget>
+#include <QStackedLayout>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
-#include "app/AlertDialog.h"
-#include "app/Announcements.h"
+#include "app/AlertSheet.h"
 #include "app/Header.h"
+#include "app/ShellAccessible.h"
 #include "app/StatusArea.h"
 #include "platform/desktop/Urls.h"
+#include "views/ActionButton.h"
 #include "views/DisplayText.h"
 #include "views/Theme.h"
 #include "views/WelcomeScreen.h"
@@ -33,14 +36,15 @@ ContentView::ContentView(QWidget* parent)
 
 ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
     : QWidget(parent), editor_(std::move(editor)) {
-  installAnnouncements();
+  installShellAccessibility();
   header_ = new Header(editor_);
   welcome_ = new WelcomeScreen(editor_);
   workspace_ = new WorkspaceScreen(editor_);
   status_ = new StatusArea;
-  screens_ = new QStackedWidget;
-  screens_->addWidget(welcome_);
-  screens_->addWidget(workspace_);
+  screens_ = new QWidget;
+  screenStack_ = new QStackedLayout(screens_);
+  screenStack_->addWidget(welcome_);
+  screenStack_->addWidget(workspace_);
 
   column_ = new QVBoxLayout(this);
   column_->setContentsMargins(padding, padding, padding, padding);
@@ -104,7 +108,9 @@ void ContentView::refresh() {
 void ContentView::showScreen(QWidget* screen) {
   // Setting a stretch lays out the whole window, also where it is the same as before.
   if (std::exchange(shownScreen_, screen) == screen) return;
-  screens_->setCurrentWidget(screen);
+  const bool focusShown = showsFocus(window()->focusWidget());
+  screenStack_->setCurrentWidget(screen);
+  if (auto* const focused = window()->focusWidget()) giveFocus(*focused, focusShown);
   // The welcome screen takes all the room there is, the workspace what it needs.
   const bool fills = screen == welcome_;
   screens_->setSizePolicy(QSizePolicy::Expanding,
@@ -114,18 +120,54 @@ void ContentView::showScreen(QWidget* screen) {
 
 void ContentView::refreshAlert() {
   const bool raised = editor_->showAlert();
-  if (raised && !alert_) {
-    alert_ = new AlertDialog(this);
-    connect(alert_, &QDialog::finished, this, [this] {
-      if (editor_->showAlert()) editor_->showAlertBinding().set(false);
-    });
-  }
+  if (raised && !alert_) makeAlert();
   if (!alert_) return;
-  if (raised) {
-    alert_->showMessage(displayText(editor_->alertText()));
-  } else if (alert_->isVisible()) {
-    alert_->close();
+  const auto message = displayText(editor_->alertText());
+  // Another message is another alert, so that it is read out too.
+  if (!alert_->isHidden() && (!raised || message != alert_->message())) lowerAlert();
+  if (raised && alert_->isHidden()) raiseAlert(message);
+}
+
+void ContentView::makeAlert() {
+  alert_ = new AlertSheet(this);
+  connect(alert_, &AlertSheet::accepted, this, [this] { editor_->showAlertBinding().set(false); });
+  // Above the rows, which stay in their order, and below the window's controls.
+  alert_->lower();
+  for (auto* row : rows() | std::views::reverse) row->lower();
+}
+
+void ContentView::raiseAlert(const QString& message) {
+  alert_->setMessage(message);
+  focusBelowAlert_ = window()->focusWidget();
+  alert_->show();
+  giveFocus(alert_->acceptButton(), showsFocus(focusBelowAlert_));
+  setRowsReachable(false);
+}
+
+void ContentView::lowerAlert() {
+  setRowsReachable(true);
+  if (focusBelowAlert_) giveFocus(*focusBelowAlert_, alert_->acceptButton().isKeyboardFocused());
+  alert_->hide();
+}
+
+std::array<QWidget*, 3> ContentView::rows() const { return {header_, screens_, status_}; }
+
+void ContentView::setRowsReachable(bool reachable) {
+  for (auto* row : rows()) {
+    row->setEnabled(reachable);
+    if (!QAccessible::isActive()) continue;
+    QAccessibleEvent changed(row,
+                             reachable ? QAccessible::ObjectCreated : QAccessible::ObjectDestroyed);
+    QAccessible::updateAccessibility(&changed);
   }
+}
+
+bool ContentView::event(QEvent* event) {
+  // Before Qt looks for what could have the focus, and does not show it.
+  if (event->type() == QEvent::WindowActivate && !window()->focusWidget()) {
+    welcome_->focusButton();
+  }
+  return QWidget::event(event);
 }
 
 void ContentView::paintEvent(QPaintEvent*) {

@@ -1,16 +1,18 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
+#include <array>
 #include <memory>
 
 #include "model/AudioEditorModel.h"
 
-class QStackedWidget;
+class QStackedLayout;
 class QVBoxLayout;
 
 namespace quibel {
 
-class AlertDialog;
+class AlertSheet;
 class Header;
 class StatusArea;
 class WelcomeScreen;
@@ -50,16 +52,23 @@ class ContentView : public QWidget {
   void showScreen(QWidget* screen);
   void refreshAlert();
   void fillSmallestWindow();
+  void makeAlert();
+  void raiseAlert(const QString& message);
+  void lowerAlert();
+  std::array<QWidget*, 3> rows() const;
+  void setRowsReachable(bool reachable);
 
   std::shared_ptr<AudioEditorModel> editor_;
   QVBoxLayout* column_;
   Header* header_;
-  QStackedWidget* screens_;
+  QWidget* screens_;
+  QStackedLayout* screenStack_;
   WelcomeScreen* welcome_;
   WorkspaceScreen* workspace_;
   QWidget* shownScreen_ = nullptr;
   StatusArea* status_;
-  AlertDialog* alert_ = nullptr;
+  AlertSheet* alert_ = nullptr;
+  QPointer<QWidget> focusBelowAlert_;
   bool refreshScheduled_ = false;
   ChangeAnnouncer::Subscription subscription_;
 };

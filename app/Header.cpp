@@ -19,6 +19,7 @@ Header::Header(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
 
   change_ = new ActionButton(ActionButton::Prominence::standard, ActionButton::Size::regular,
                              tr("Cambiar canción…"), this);
+  change_->setShortcut(QKeySequence::Open);
   connect(change_, &QAbstractButton::clicked, this, [this] { editor_->chooseAudio(); });
 
   auto* const row = new QHBoxLayout(this);

@@ -1,16 +1,38 @@
 #pragma once
 
-#include <QStackedWidget>
+#include <QWidget>
+
+class QStackedLayout;
 
 namespace quibel {
 
 class TextLabel;
 struct NamingText;
 
-/// The line below both screens: what goes on, or else guidance or a result. It
-/// is as high as either, so that nothing moves when they change. Assistive
-/// technology is told of every text as it comes.
-class StatusArea : public QStackedWidget {
+/// One line of the status area, with a spinner where it tells of progress.
+class StatusLine : public QWidget {
+  Q_OBJECT
+
+ public:
+  enum class Kind { text, progress };
+
+  explicit StatusLine(Kind kind);
+
+  Kind kind() const { return kind_; }
+  QString text() const;
+
+  /// Assistive technology is told of a text that changes while the line shows, as it
+  /// is of a line that appears.
+  void showText(const NamingText& text);
+
+ private:
+  Kind kind_;
+  TextLabel* label_;
+};
+
+/// The place below both screens: what goes on, or else guidance or a result. It is as
+/// high as either, so that nothing moves when they change.
+class StatusArea : public QWidget {
   Q_OBJECT
 
  public:
@@ -20,10 +42,12 @@ class StatusArea : public QStackedWidget {
   void showStatus(const NamingText& text);
 
  private:
-  void announce(const QString& text);
+  void show(StatusLine* line, const NamingText& text);
 
-  TextLabel* progress_;
-  TextLabel* status_;
+  QStackedLayout* lines_;
+  StatusLine* progress_;
+  StatusLine* status_;
+  QWidget* nothing_;
 };
 
 }  // namespace quibel

@@ -10,6 +10,7 @@
 #include <QWindow>
 
 #include "app/ContentView.h"
+#include "app/FocusReturn.h"
 #include "app/WindowControls.h"
 #include "app/WindowDrag.h"
 #include "app/WindowShadow.h"
@@ -44,6 +45,8 @@ Window::Window(Frame frame)
       corners_.append(new RoundedCorner(corner, this));
   }
   QToolTip::setPalette(toolTipPalette(palette()));
+  new FocusReturn(*this);
+
   create();
   drag_ = new WindowDrag(*windowHandle());
   layOutFrame();

@@ -13,7 +13,7 @@ namespace quibel {
 WindowControl::WindowControl(Symbol symbol, const QString& name, QWidget* parent)
     : QAbstractButton(parent) {
   setAttribute(Qt::WA_Hover);
-  setFocusPolicy(Qt::TabFocus);
+  setFocusPolicy(Qt::NoFocus);  // as those of any title bar; keys of the desktop's do the same
   setFace(symbol, name);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QFocusEvent>
 #include <QFontMetrics>
+#include <QKeyEvent>
 #include <algorithm>
 
 #include "views/FocusReason.h"
@@ -76,7 +77,18 @@ QSize ActionButton::sizeHint() const {
   return {contentWidth() + 2 * metrics.horizontalPadding, height};
 }
 
+void ActionButton::showKeyboardFocus(bool shown) {
+  if (shown == keyboardFocused_) return;
+  keyboardFocused_ = shown;
+  update();
+}
+
 bool ActionButton::event(QEvent* event) {
+  if (event->type() == QEvent::Shortcut) {
+    // At once: Qt's own way presses it a moment later, when it may be disabled.
+    click();
+    return true;
+  }
   if (event->type() == QEvent::ApplicationFontChange) setFont(quibel::font(TextStyle::body));
   return QPushButton::event(event);
 }
@@ -111,13 +123,23 @@ void ActionButton::paintEvent(QPaintEvent*) {
   painter.drawText(QRect(x, 0, width() - x, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
 }
 
+void ActionButton::keyPressEvent(QKeyEvent* event) {
+  if (hasFocus()) showKeyboardFocus(true);
+  QPushButton::keyPressEvent(event);
+}
+
+void ActionButton::mousePressEvent(QMouseEvent* event) {
+  showKeyboardFocus(false);
+  QPushButton::mousePressEvent(event);
+}
+
 void ActionButton::focusInEvent(QFocusEvent* event) {
-  keyboardFocused_ = showsFocus(event->reason(), keyboardFocused_);
+  showKeyboardFocus(showsFocus(event->reason(), keyboardFocused_));
   QPushButton::focusInEvent(event);
 }
 
 void ActionButton::focusOutEvent(QFocusEvent* event) {
-  if (event->reason() != Qt::ActiveWindowFocusReason) keyboardFocused_ = false;
+  if (event->reason() != Qt::ActiveWindowFocusReason) showKeyboardFocus(false);
   QPushButton::focusOutEvent(event);
 }
 

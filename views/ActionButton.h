@@ -3,13 +3,15 @@
 #include <QPushButton>
 #include <optional>
 
+#include "views/FocusIndicator.h"
 #include "views/Symbols.h"
 
 namespace quibel {
 
 /// A push button with a face for every condition: at rest, under the pointer,
-/// pressed, with the keyboard's focus, disabled. Space and Enter press it.
-class ActionButton : public QPushButton {
+/// pressed, with the keyboard's focus, disabled. Space and Enter press it, and its
+/// shortcut where it has one.
+class ActionButton : public QPushButton, public FocusIndicator {
   Q_OBJECT
 
  public:
@@ -23,12 +25,17 @@ class ActionButton : public QPushButton {
 
   std::optional<Symbol> symbol() const { return symbol_; }
 
+  bool isKeyboardFocused() const override { return keyboardFocused_; }
+  void showKeyboardFocus(bool shown) override;
+
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return sizeHint(); }
 
  protected:
   bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
 

@@ -26,7 +26,9 @@ class HandleAccessible final : public QAccessibleWidget,
   }
 
   QVariant currentValue() const override { return handle()->value(); }
-  void setCurrentValue(const QVariant& value) override { handle()->moveTo(value.toDouble()); }
+  void setCurrentValue(const QVariant& value) override {
+    if (handle()->isEnabled()) handle()->moveTo(value.toDouble());
+  }
   QVariant minimumValue() const override { return handle()->minimum(); }
   QVariant maximumValue() const override { return handle()->maximum(); }
   QVariant minimumStepSize() const override { return handleStep; }

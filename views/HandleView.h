@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "views/FocusIndicator.h"
 #include "views/StripGeometry.h"
 
 namespace quibel {
@@ -22,7 +23,7 @@ struct HandleActions {
 ///
 /// Keys: the arrows move it by 0.1 s, with Shift by 1 s, Page Up and Page Down
 /// by 5 s, Home and End as far as it goes.
-class HandleView : public QWidget {
+class HandleView : public QWidget, public FocusIndicator {
   Q_OBJECT
 
  public:
@@ -37,6 +38,9 @@ class HandleView : public QWidget {
 
   /// Whether the keyboard moves this handle and whether the pointer is over it, to be shown.
   HandleState state() const { return {keyboardFocused_, underMouse()}; }
+  bool isKeyboardFocused() const override { return keyboardFocused_; }
+
+  void showKeyboardFocus(bool shown) override;
 
   double value() const { return actions_.value(); }
   double fragment() const { return actions_.fragment(); }
@@ -61,7 +65,6 @@ class HandleView : public QWidget {
 
  private:
   void drag(QMouseEvent* event);
-  void showKeyboardFocus(bool shown);
 
   HandleActions actions_;
   double announcedValue_ = 0;

@@ -11,10 +11,10 @@ namespace quibel {
 
 WelcomeScreen::WelcomeScreen(std::shared_ptr<AudioEditorModel> editor, QWidget* parent)
     : QWidget(parent) {
-  auto* const choose =
-      new ActionButton(ActionButton::Prominence::prominent, ActionButton::Size::large,
-                       tr("Seleccionar canción…"), this);
-  connect(choose, &QAbstractButton::clicked, this,
+  choose_ = new ActionButton(ActionButton::Prominence::prominent, ActionButton::Size::large,
+                             tr("Seleccionar canción…"), this);
+  choose_->setShortcut(QKeySequence::Open);
+  connect(choose_, &QAbstractButton::clicked, this,
           [editor = std::move(editor)] { editor->chooseAudio(); });
 
   auto* const column = new QVBoxLayout(this);
@@ -29,13 +29,16 @@ WelcomeScreen::WelcomeScreen(std::shared_ptr<AudioEditorModel> editor, QWidget* 
       new TextLabel(TextStyle::body, TextLabel::Role::secondary, TextLabel::Feature::none,
                     tr("MP3, M4A, WAV, AIFF y otros formatos compatibles con macOS"), this),
       0, Qt::AlignHCenter);
-  column->addWidget(choose, 0, Qt::AlignHCenter);
+  column->addWidget(choose_, 0, Qt::AlignHCenter);
   column->addStretch();
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
+void WelcomeScreen::focusButton() { giveFocus(*choose_, true); }
+
 void WelcomeScreen::setDropping(bool dropping) {
   if (dropping == dropping_) return;
+  choose_->showKeyboardFocus(false);  // the pointer is in use
   dropping_ = dropping;
   update();
 }

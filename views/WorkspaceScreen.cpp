@@ -1,7 +1,10 @@
 #include "views/WorkspaceScreen.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "model/Format.h"
 #include "views/ActionButton.h"
@@ -73,7 +76,14 @@ QWidget* WorkspaceScreen::makeButtons() {
   loop_ = new ActionButton(ActionButton::Prominence::standard, ActionButton::Size::large, {});
   export_ = new ActionButton(ActionButton::Prominence::prominent, ActionButton::Size::large, {});
   export_->setFace(tr("Crear tono .m4r…"), Symbol::squareAndArrowDown);
-  connect(loop_, &QAbstractButton::clicked, this, [this] { editor_->togglePreview(); });
+  export_->setShortcut(QKeySequence::Save);
+  connect(loop_, &QAbstractButton::clicked, this, [this] {
+    focusIsLent_ = false;
+    editor_->togglePreview();
+  });
+  connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, const QWidget* now) {
+    if (now && now != loop_) focusIsLent_ = false;
+  });
   connect(export_, &QAbstractButton::clicked, this, [this] { editor_->export_(); });
   layout->addWidget(loop_);
   layout->addStretch(1);
@@ -95,10 +105,27 @@ void WorkspaceScreen::refresh() {
   } else {
     loop_->setFace(tr("Escuchar en bucle"), Symbol::repeat);
   }
-  const bool canExport = !editor_->isBusy();
-  // A disabled button hands its focus on to whatever comes next in the window.
-  if (!canExport && export_->hasFocus()) loop_->setFocus();
+  setCanExport(!editor_->isBusy());
+}
+
+void WorkspaceScreen::setCanExport(bool canExport) {
+  // A disabled button cannot keep the focus. Its neighbour has it meanwhile, and gives
+  // it back unless something else was done with it.
+  if (!canExport && window()->focusWidget() == export_) {
+    giveFocus(*loop_, export_->isKeyboardFocused());
+    focusIsLent_ = true;
+  }
   export_->setEnabled(canExport);
+  if (canExport && std::exchange(focusIsLent_, false)) {
+    giveFocus(*export_, loop_->isKeyboardFocused());
+  }
+}
+
+void WorkspaceScreen::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Space || event->modifiers() || event->isAutoRepeat()) {
+    return event->ignore();
+  }
+  loop_->click();
 }
 
 void WorkspaceScreen::paintEvent(QPaintEvent*) {

@@ -14,7 +14,8 @@ class WaveformSelectionView;
 
 /// The song being edited: its name and length, the waveform with the fragment's
 /// handles, the fragment's times, and what can be done with it. It shows what
-/// the model says at the last refresh.
+/// the model says at the last refresh. Space presses the loop button where what
+/// has the focus takes no Space itself, as the handles.
 class WorkspaceScreen : public QWidget {
   Q_OBJECT
 
@@ -27,12 +28,14 @@ class WorkspaceScreen : public QWidget {
   WaveformSelectionView& waveform() { return *waveform_; }
 
  protected:
+  void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
   QWidget* makeFileRow();
   QWidget* makeReadOuts();
   QWidget* makeButtons();
+  void setCanExport(bool canExport);
 
   std::shared_ptr<AudioEditorModel> editor_;
   TextLabel* fileName_ = nullptr;
@@ -43,6 +46,7 @@ class WorkspaceScreen : public QWidget {
   ReadOut* end_ = nullptr;
   ActionButton* loop_ = nullptr;
   ActionButton* export_ = nullptr;
+  bool focusIsLent_ = false;  // by the export button to the loop button
 };
 
 }  // namespace quibel

@@ -21,6 +21,8 @@ ROLES = {
 class State(enum.IntEnum):
     """The bits of AT-SPI's set of states."""
 
+    ACTIVE = 1
+    BUSY = 3
     ENABLED = 8
     FOCUSED = 12
     SELECTED = 23
@@ -83,9 +85,10 @@ class Accessible:
 
     def press(self):
         """Presses a button, as a screen reader does for a person."""
-        actions = self._bus.call(self._node, "Action", "GetActions")
-        press = next(i for i, (name, *_) in enumerate(actions) if name == "Press")
-        self._bus.call(self._node, "Action", "DoAction", "(i)", press)
+        self._bus.call(self._node, "Action", "DoAction", "(i)", self._actions().index("Press"))
+
+    def can_be_pressed(self):
+        return "Press" in self._actions()
 
     @property
     def box(self):
@@ -100,6 +103,14 @@ class Accessible:
         while (parent := self._bus.get(node, "Accessible", "Parent"))[1] != ROOT:
             node = parent
         return Accessible(self._bus, node)
+
+    def is_active(self):
+        """Whether a window is the one that keys go to, as its program knows."""
+        return self._has(State.ACTIVE)
+
+    @property
+    def busy(self):
+        return self._has(State.BUSY)
 
     @property
     def enabled(self):
@@ -119,6 +130,9 @@ class Accessible:
         for child in self._bus.call(self._node, "Accessible", "GetChildren"):
             if child[1] != NOTHING:
                 yield from Accessible(self._bus, child).walk()
+
+    def _actions(self):
+        return [name for name, *_ in self._bus.call(self._node, "Action", "GetActions")]
 
     def _has(self, *states):
         low, high = self._bus.call(self._node, "Accessible", "GetState")

@@ -58,7 +58,7 @@ class Quibel:
         return self._box_of(self.window_id)
 
     def wait_until_active(self):
-        """Until the panel or alert that was in front has gone."""
+        """Until the panel that was in front has gone."""
         wait_until(lambda: self._active() == self.window_id, "the main window to be active")
 
     def labels(self):
@@ -84,8 +84,8 @@ class Quibel:
         self.pointer.click(*self.centre_of(self.button(name)))
 
     def close(self):
-        """Closes the window, also if another one comes in front of it meanwhile, and
-        returns what the process ended with."""
+        """Closes the window, also if another one comes in front of it meanwhile or the
+        alert shows, and returns what the process ended with."""
         if self.process.poll() is None:
             button = self.button("Cerrar")
             window = button.window.box
@@ -203,9 +203,7 @@ class Quibel:
 
     def alert(self, seconds=30.0):
         """The alert's message, once it shows."""
-        window = self.wait_for("push button", ACCEPT, seconds).window
-        texts = [element.name for element in window.walk() if element.role == "label"]
-        return next(text for text in texts if re.match(r"No se ha podido|Este formato", text))
+        return self.wait_for("alert", "Quibel", seconds).description
 
     def accept_alert(self):
         self.click(ACCEPT)

@@ -4,7 +4,8 @@ import songs
 from accessible import Announcements, SpokenValues
 from ear import Ear
 from quibel import (
-    ACCEPT, CHOOSE, CREATE, END_HANDLE, GUIDANCE, LISTEN, OPEN_PANEL, SAVE_PANEL, START_HANDLE, STOP,
+    ACCEPT, CHOOSE, CREATE, END_HANDLE, GUIDANCE, LISTEN, OPEN_PANEL, PROGRAM, SAVE_PANEL,
+    START_HANDLE, STOP,
 )  # fmt: skip
 from ringtone import Ringtone
 from scenario import Scenario
@@ -82,13 +83,61 @@ class Accessibility(Scenario):
         self.assertEqual(values.heard()[1:], [half, whole])
 
     def test_an_alert_is_announced_with_its_message(self):
-        text = self.song("apuntes.mp3")
-        text.write_text("No soy una canción.\n")
-        self.choose(text)
+        self.choose(self.text())
         _, _, message = self.wait_until_announced("alert", "Quibel")
         self.assertRegex(message, r"^No se ha podido abrir el audio\. \S.*\.$")
         self.press(ACCEPT)
         wait_until(lambda: not self.quibel.has_button(ACCEPT), "the alert to go")
+
+    def test_everything_is_announced_once_and_nothing_that_is_empty(self):
+        self.quibel.drop_files(self.text())
+        self.quibel.alert()
+        self.press(ACCEPT)
+        wait_until(lambda: not self.quibel.has_button(ACCEPT), "the alert to go")
+        self.quibel.load(songs.tone(self.song("canción.wav"), 3))
+        self.wait_until_announced("notification", GUIDANCE)
+        loading = ("notification", "Analizando audio…")
+        self.assertEqual(
+            [announcement[:2] for announcement in self._announcements.heard()],
+            [loading, ("alert", "Quibel"), loading, ("notification", GUIDANCE)],
+        )
+
+    def test_a_load_is_busy(self):
+        self.quibel.drop_files(songs.endless(self.song("eterna.wav")))
+        self.assertTrue(self.quibel.wait_for("notification", "Analizando audio…").busy)
+        self.quibel.load(songs.tone(self.song("breve.wav"), 2))
+        self.assertFalse(self.quibel.wait_for("notification", GUIDANCE).busy)
+
+    def test_below_the_alert_nothing_can_be_found_or_worked(self):
+        self.quibel.load(songs.tone(self.song("canción.wav"), 60))
+        start, listen = self.slider(START_HANDLE), self.quibel.button(LISTEN)
+        self.quibel.drop_files(self.text())
+        self.quibel.alert()
+        shown = self.quibel.screen.elements(PROGRAM)
+        self.assertEqual(
+            [element.name for element in shown if element.role in ("push button", "slider")],
+            [ACCEPT, "Minimizar", "Maximizar", "Cerrar"],
+        )
+        # Nor by what has known of them since before.
+        start.value = 20
+        self.assertFalse(listen.can_be_pressed())
+        self.press(ACCEPT)
+        self.quibel.button(LISTEN)
+        self.assertEqual(self.slider(START_HANDLE).value, 0)
+
+    def test_no_screen_is_a_layer(self):
+        self.assertNotIn("layered pane", self.roles())
+        self.quibel.load(songs.tone(self.song("canción.wav"), 3))
+        self.assertNotIn("layered pane", self.roles())
+
+    def roles(self):
+        return {element.role for element in self.quibel.screen.elements(PROGRAM)}
+
+    def text(self):
+        """A file that is no song."""
+        path = self.song("apuntes.mp3")
+        path.write_text("No soy una canción.\n")
+        return path
 
     def choose(self, song):
         self.press(CHOOSE)

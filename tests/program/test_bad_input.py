@@ -12,8 +12,8 @@ class BadInput(Scenario):
     def assert_refused(self, path):
         self.quibel.drop_files(path)
         self.assertRegex(self.quibel.alert(), r"^No se ha podido abrir el audio\. \S.*\.$")
-        self.assertIn(os.path.basename(path), self.quibel.labels())
         self.quibel.accept_alert()
+        self.assertIn(os.path.basename(path), self.quibel.labels())
         self.assert_next_song_loads()
 
     def assert_next_song_loads(self):

@@ -25,10 +25,26 @@ class Drop(Scenario):
         text.write_text("No soy una canción.\n")
         self.assertEqual(self.quibel.drop_files(text), "finished")
         self.assertRegex(self.quibel.alert(), r"^No se ha podido abrir el audio\. \S.*\.$")
-        self.assertIn("apuntes.txt", self.quibel.labels())
         self.quibel.accept_alert()
+        self.assertIn("apuntes.txt", self.quibel.labels())
         self.assertTrue(self.quibel.has_button(LISTEN))
         self.assertTrue(self.quibel.button(CREATE).enabled)
+
+    def test_the_alert_takes_a_drop_on_the_veil_and_on_the_card_and_stays(self):
+        text = self.song("apuntes.txt")
+        text.write_text("No soy una canción.\n")
+        self.quibel.drop_files(text)
+        message = self.quibel.alert()
+        x, y, width, height = self.quibel.box
+        veil, card = (x + width / 4, y + height - 30), self.quibel.middle()
+        for name, place in (("velo.wav", veil), ("tarjeta.wav", card)):
+            drag = self.quibel.offer_files(songs.tone(self.song(name), 3)).pick_up()
+            self.assertEqual(drag.move_over(*place), "accepts")
+            self.assertEqual(drag.drop(), "finished")
+            self.assertEqual(self.quibel.alert(), message)
+        self.quibel.accept_alert()
+        self.quibel.wait_until_loaded()
+        self.assertIn("tarjeta.wav", self.quibel.labels())
 
     def test_what_is_no_file_is_refused(self):
         self.assert_refused("text/plain", "hola")

@@ -4,6 +4,7 @@ from quibel import (
     STOP,
 )  # fmt: skip
 from scenario import Scenario
+from virtual_desktop import FILE_MANAGER
 from waiting import wait_until
 
 
@@ -30,7 +31,30 @@ class Keyboard(Scenario):
         self.walk_to(CREATE)
         self.keys("Return")
         self.answer(SAVE_PANEL, self.song("tono.m4r"))
-        self.quibel.wait_for("label", "Tono guardado: tono.m4r", seconds=60)
+        self.wait_until_saved("tono.m4r")
+        self.wait_until_focused(CREATE)
+
+    def test_shortcuts_do_what_the_buttons_do(self):
+        self.keys("ctrl+o")
+        self.answer(OPEN_PANEL, songs.tone(self.song("cancion.wav"), 3))
+        self.quibel.wait_until_loaded()
+        self.wait_until_focused(START_HANDLE)
+        self.keys("space")
+        self.quibel.button(STOP)
+        self.keys("space")
+        self.quibel.button(LISTEN)
+        self.keys("ctrl+s")
+        self.answer(SAVE_PANEL, self.song("tono.m4r"))
+        self.wait_until_saved("tono.m4r")
+        self.wait_until_focused(START_HANDLE)
+
+    def test_tab_goes_in_a_circle_without_the_windows_own_buttons(self):
+        self.wait_until_focused(CHOOSE)
+        self.choose(songs.tone(self.song("cancion.wav"), 3))
+        self.quibel.wait_until_loaded()
+        self.wait_until_focused(START_HANDLE)
+        circle = [END_HANDLE, LISTEN, CREATE, CHANGE, START_HANDLE]
+        self.assertEqual([self.step("Tab") for _ in circle], circle)
 
     def test_tab_goes_through_the_window_in_its_order_and_back(self):
         self.choose(songs.tone(self.song("cancion.wav"), 3))
@@ -47,8 +71,10 @@ class Keyboard(Scenario):
         text.write_text("No soy una cancion.\n")
         self.choose(text)
         self.quibel.alert()
-        self.keys("Escape")
+        self.wait_until_focused(ACCEPT)
+        self.keys("Tab", "ctrl+o", "ctrl+s", "Escape")
         wait_until(lambda: not self.quibel.has_button(ACCEPT), "the alert to go")
+        self.wait_until_focused(START_HANDLE)
 
     def choose(self, song):
         self.walk_to(CHOOSE)
@@ -63,9 +89,21 @@ class Keyboard(Scenario):
         wait_until(lambda: self.quibel.proposed_name() == str(path), "the name to be written")
         self.keys("Return")
         wait_until(lambda: not self.quibel.has("dialog", title), f"the panel {title!r} to go")
+        wait_until(self.quibel.wait_for("frame", "Quibel").is_active, "the focus to be the window's")
 
     def keys(self, *names):
         self.quibel.pointer.type(*names)
+
+    def wait_until_saved(self, name):
+        """Until the file manager shows it, and comes back to the window then."""
+        self.quibel.wait_for("label", f"Tono guardado: {name}", seconds=60)
+        self.quibel.screen.wait_for(FILE_MANAGER, "frame", seconds=30)
+        self.desktop.run("xdotool", "windowactivate", "--sync", self.quibel.window_id)
+
+    def wait_until_focused(self, name):
+        wait_until(
+            lambda: self.focused() == name, lambda: f"the focus on {name}, not on {self.focused()}"
+        )
 
     def walk_to(self, name):
         """Presses Tab until that has the focus."""

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "app/AlertDialog.h"
+#include "app/AlertSheet.h"
 #include "app/ContentView.h"
 #include "app/Spinner.h"
 #include "tests/views/EditorFixture.h"
 #include "tests/views/Find.h"
+#include "views/HandleView.h"
 #include "views/WelcomeScreen.h"
 #include "views/WorkspaceScreen.h"
 
@@ -38,10 +39,26 @@ class ContentFixture : public EditorFixture {
 
   bool showsProgress() { return view.findChild<Spinner*>()->isVisible(); }
 
-  AlertDialog* alert() {
+  AlertSheet* alert() {
     turn();
-    auto* const dialog = view.findChild<AlertDialog*>();
-    return dialog && dialog->isVisible() ? dialog : nullptr;
+    auto* const sheet = view.findChild<AlertSheet*>();
+    return sheet && sheet->isVisible() ? sheet : nullptr;
+  }
+
+  /// Has a load fail, with that reason if one is given, and returns the alert.
+  AlertSheet* failToLoad(const char* reason = nullptr) {
+    if (reason) machine.songs["/falta.mp3"].openError = platform::Error(reason);
+    model->load(platform::FileURL("/falta.mp3"));
+    machine.settle();
+    return alert();
+  }
+
+  QAbstractButton* find(const char* title) { return button(view, title); }
+  QWidget* handle(const char* name) {
+    for (auto* found : view.findChildren<HandleView*>()) {
+      if (found->accessibleName() == QString::fromUtf8(name)) return found;
+    }
+    return nullptr;
   }
 
   void startExport() {

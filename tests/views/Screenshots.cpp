@@ -12,7 +12,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "app/AlertDialog.h"
 #include "app/ContentView.h"
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
@@ -106,10 +105,6 @@ class Scene {
     QImage image((QSizeF(window->size()) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(ratio);
     window->render(&image);
-    if (auto* alert = window->findChild<AlertDialog*>(); alert && alert->isVisible()) {
-      QPainter painter(&image);
-      alert->render(&painter, window->rect().center() - alert->rect().center());
-    }
     return image;
   }
 
