@@ -65,11 +65,6 @@ ContentView::ContentView(std::shared_ptr<AudioEditorModel> editor, QWidget* pare
 
 ContentView::~ContentView() = default;
 
-bool ContentView::event(QEvent* event) {
-  if (event->type() == QEvent::LayoutRequest) fillSmallestWindow();
-  return QWidget::event(event);
-}
-
 void ContentView::fillSmallestWindow() {
   // The status area takes what the workspace leaves of the smallest window, so that
   // nothing moves there when the screen changes.
@@ -163,6 +158,7 @@ void ContentView::setRowsReachable(bool reachable) {
 }
 
 bool ContentView::event(QEvent* event) {
+  if (event->type() == QEvent::LayoutRequest) fillSmallestWindow();
   // Before Qt looks for what could have the focus, and does not show it.
   if (event->type() == QEvent::WindowActivate && !window()->focusWidget()) {
     welcome_->focusButton();

@@ -33,7 +33,7 @@ void Spinner::paintEvent(QPaintEvent*) {
 }
 
 void Spinner::timerEvent(QTimerEvent*) {
-  if (motionReduced()) return timer_.stop();
+  if (isMotionReduced()) return timer_.stop();
   step_ = (step_ + 1) % spokes;
   update();
 }

@@ -3,7 +3,6 @@
 #include <QMimeData>
 
 #include "tests/views/ContentFixture.h"
-#include "tests/views/StripImage.h"
 #include "views/ActionButton.h"
 #include "views/Theme.h"
 

@@ -1,6 +1,6 @@
 #include <memory>
 
-#include "app/AlertDialog.h"
+#include "app/AlertSheet.h"
 #include "app/ContentView.h"
 #include "app/Window.h"
 #include "app/WindowControls.h"
@@ -49,7 +49,7 @@ TEST_F(SymbolPlaces, TheAlert) {
   window->content().editor().load(platform::FileURL("/falta.mp3"));
   machine.settle();
   turn();
-  auto* const alert = window->findChild<AlertDialog*>();
+  auto* const alert = window->findChild<AlertSheet*>();
   ASSERT_NE(alert, nullptr);
   auto* const symbol = symbolView(*alert);
   ASSERT_NE(symbol, nullptr);

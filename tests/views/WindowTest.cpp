@@ -116,8 +116,9 @@ TEST_F(WindowTest, AllItsControlsArePaintedAgainWhenItBecomesActiveOrInactive) {
 TEST_F(WindowTest, TooltipsFollowItsPalette) {
   const auto before = QApplication::palette();
   EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipBase), colors(before).controlBackground);
-  QApplication::setPalette(
-      palette({.isDark = true, .isHighContrast = false, .accent = {}}, before));
+  Appearance dark;
+  dark.isDark = true;
+  QApplication::setPalette(palette(dark, before));
   QCoreApplication::processEvents();
   EXPECT_EQ(QToolTip::palette().color(QPalette::ToolTipBase),
             colors(QApplication::palette()).controlBackground);
