@@ -26,22 +26,36 @@ QImage columns(const QImage& image, int left, int right) {
 
 class NamingLabel : public testing::Test {
  protected:
-  NamingLabel() { label.setAlignment(Qt::AlignLeft | Qt::AlignVCenter); }
-
-  TextLabel labelOf(const QString& text) {
-    return TextLabel(TextStyle::body, TextLabel::Role::primary, TextLabel::Feature::none, text);
+  NamingLabel() {
+    wholePixels(label);
+    leadWidth = QFontMetrics(label.font()).horizontalAdvance(lead);
   }
+
+  /// Lets every glyph begin on a pixel, so that texts look alike wherever they begin.
+  static void wholePixels(TextLabel& label) {
+    auto font = label.font();
+    font.setHintingPreference(QFont::PreferFullHinting);
+    label.setFont(font);
+    label.setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  }
+
+  struct PlainLabel : TextLabel {
+    explicit PlainLabel(const QString& text)
+        : TextLabel(TextStyle::body, Role::primary, Feature::none, text) {
+      wholePixels(*this);
+    }
+  };
 
   const QString lead = QStringLiteral("Tono guardado: ");
   TextLabel label{TextStyle::body, TextLabel::Role::primary, TextLabel::Feature::elided};
-  int leadWidth = QFontMetrics(label.font()).horizontalAdvance(lead);
+  int leadWidth = 0;
 };
 
 TEST_F(NamingLabel, ANameFromRightToLeftStandsInTheSentenceAsItDoesAlone) {
   const QString name = QStringLiteral(u"\u05e9\u05d9\u05e8 (1) - 2.m4r");
   label.showText({lead, name});
-  auto leadAlone = labelOf(lead);
-  auto nameAlone = labelOf(name);
+  PlainLabel leadAlone(lead);
+  PlainLabel nameAlone(name);
   const auto whole = picture(label, 400);
   EXPECT_EQ(columns(whole, 0, leadWidth), columns(picture(leadAlone, 400), 0, leadWidth));
   EXPECT_EQ(columns(whole, leadWidth, 400), columns(picture(nameAlone, 400), 0, 400 - leadWidth));
@@ -50,14 +64,14 @@ TEST_F(NamingLabel, ANameFromRightToLeftStandsInTheSentenceAsItDoesAlone) {
 TEST_F(NamingLabel, WithoutRoomTheNamesMiddleIsLeftOutAndItsExtensionAndTheSentenceStay) {
   const QString name = QString(200, u'x') + QStringLiteral(".m4r");
   label.showText({lead, name});
-  const int width = leadWidth + 60;
+  const int width = leadWidth + 140;
   const auto cut = picture(label, width);
-  auto leadAlone = labelOf(lead);
+  PlainLabel leadAlone(lead);
   EXPECT_EQ(columns(cut, 0, leadWidth), columns(picture(leadAlone, width), 0, leadWidth));
-  auto nameAlone =
-      labelOf(QFontMetrics(label.font()).elidedText(name, Qt::ElideMiddle, width - leadWidth));
+  PlainLabel nameAlone(
+      QFontMetrics(label.font()).elidedText(name, Qt::ElideMiddle, width - leadWidth));
   EXPECT_TRUE(nameAlone.text().endsWith(QStringLiteral(".m4r")));
-  EXPECT_EQ(columns(cut, leadWidth, width), columns(picture(nameAlone, width), 0, 60));
+  EXPECT_EQ(columns(cut, leadWidth, width), columns(picture(nameAlone, width), 0, 140));
 }
 
 TEST_F(NamingLabel, TheWholeIsInTheTooltipAndForAssistiveTechnology) {

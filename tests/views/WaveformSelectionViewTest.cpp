@@ -295,11 +295,11 @@ TEST_F(SelectionView, OnlyTheKeyboardsFocusIsShown) {
 }
 
 /// The colour of a handle's bar, as the strip shows it.
-QColor barColor(WaveformSelectionView& view, double x) {
+QRgb barColor(WaveformSelectionView& view, double x) {
   QImage image(view.size(), QImage::Format_RGB32);
   image.fill(Qt::white);
   view.render(&image, {}, {}, QWidget::DrawChildren);
-  return image.pixelColor(static_cast<int>(x), 30);
+  return image.pixel(static_cast<int>(x), 30);
 }
 
 TEST_F(SelectionView, AHandleHasAFaceUnderThePointer) {
@@ -312,13 +312,13 @@ TEST_F(SelectionView, AHandleHasAFaceUnderThePointer) {
     QCoreApplication::sendEvent(view.windowHandle(), &move);
   };
   pointer(300);
-  EXPECT_EQ(barColor(view, 200), palette.green);
+  EXPECT_EQ(barColor(view, 200), palette.green.rgb());
   pointer(205);
-  EXPECT_EQ(barColor(view, 200), palette.greenHovered);
-  EXPECT_EQ(barColor(view, 600), palette.orange);
+  EXPECT_EQ(barColor(view, 200), palette.greenHovered.rgb());
+  EXPECT_EQ(barColor(view, 600), palette.orange.rgb());
   pointer(605);
-  EXPECT_EQ(barColor(view, 200), palette.green);
-  EXPECT_EQ(barColor(view, 600), palette.orangeHovered);
+  EXPECT_EQ(barColor(view, 200), palette.green.rgb());
+  EXPECT_EQ(barColor(view, 600), palette.orangeHovered.rgb());
 }
 
 /// Counts the areas that are painted again.
