@@ -4,6 +4,7 @@
 #include "tests/views/Find.h"
 #include "tests/views/Pixels.h"
 #include "views/HandleView.h"
+#include "views/Motion.h"
 #include "views/TextLabel.h"
 #include "views/WaveformSelectionView.h"
 #include "views/WorkspaceScreen.h"
@@ -22,10 +23,13 @@ class WorkspacePixels : public EditorFixture, public testing::WithParamInterface
   static constexpr double mid = 110;
 
   void SetUp() override {
+    setMotionReduced(true);  // nothing sweeps over a strip that is looked at
     screen.setPalette(GetParam().palette());
     screen.resize(724, screen.sizeHint().height());
     screen.show();
   }
+
+  void TearDown() override { setMotionReduced(false); }
 
   void loadSelected() {
     load(seconds);
@@ -73,7 +77,8 @@ class WorkspacePixels : public EditorFixture, public testing::WithParamInterface
   QColor ground = Qt::magenta;  // shows how much of it the panel lets through
   Colors colors = GetParam().colors();
   QColor panel = blended(colors.controlBackground, 0.8, ground);
-  QColor background = blended(Qt::black, 0.09, panel);
+  QColor background =
+      blended(Qt::black, 0.09, colors.stripGround.alpha() == 0 ? panel : colors.stripGround);
   QColor highlighted = blended(colors.accent, 0.17, background);
   QColor grey = blended(colors.secondary, 0.4, background);
   WorkspaceScreen screen{model};
