@@ -85,7 +85,10 @@ class Accessible:
 
     def press(self):
         """Presses a button, as a screen reader does for a person."""
-        self._bus.call(self._node, "Action", "DoAction", "(i)", self._actions().index("Press"))
+        actions = self._actions()
+        # Other toolkits than Qt translate the name.
+        press = actions.index("Press") if "Press" in actions else 0
+        self._bus.call(self._node, "Action", "DoAction", "(i)", press)
 
     def can_be_pressed(self):
         return "Press" in self._actions()

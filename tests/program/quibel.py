@@ -36,12 +36,13 @@ class Quibel:
 
     # What its environment holds beside the desktop's.
     environment = {}
+    pointing = Pointer
     drag = Drag
 
     def __init__(self, desktop, build):
         self.desktop = desktop
         self._qt_source = [str(build / "quibel_drag_source")]
-        self.pointer = Pointer(desktop)
+        self.pointer = self.pointing(desktop)
         environment = desktop.environment | self.environment
         self.process = desktop.start(str(build / "quibel"), env=environment)
         self.screen = Screen(desktop)

@@ -61,6 +61,7 @@ class Scenario(unittest.TestCase):
     def _keep_evidence(self):
         """After a failure: the screen as it is, and what the session's programs said."""
         if self._failed():
-            picture = self.build / f"{self.id()}.png"
+            folder = pathlib.Path(os.environ.get("QUIBEL_RESULTS", self.build))
+            picture = folder / f"{self.id()}.png"
             self.desktop.screenshot(picture)
             print(f"The screen: {picture}\n{self.desktop.logs()}")

@@ -19,8 +19,7 @@ FILE_MANAGER = "pcmanfm-qt"
 # Of a message bus that starts nothing by itself but what is in one folder.
 BUS = """<busconfig>
 <type>session</type>
-<listen>unix:path={folder}/bus</listen>
-<servicedir>{folder}/services</servicedir>
+<servicedir>{services}</servicedir>
 <policy context="default">
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/>
 </policy>
@@ -70,22 +69,7 @@ class VirtualDesktop(contextlib.ExitStack):
     def begin_session(self):
         """Ends the session before: whatever runs in its home. The new one has a message bus
         and folders of its own, and the pointer where it is over none of its windows."""
-        self._session.close()
-        self._programs = self._session
-        self._sessions += 1
-        self._folder = self.root / str(self._sessions)
-        self._folder.mkdir()
-        for folder in (self.home, self.temporary):
-            folder.mkdir(mode=0o700)
-        self.environment |= {
-            "HOME": str(self.home),
-            "TMPDIR": str(self.temporary),
-            "XDG_DATA_HOME": str(self.home / ".local" / "share"),
-            "XDG_CONFIG_HOME": str(self.home / ".config"),
-            "XDG_CACHE_HOME": str(self.home / ".cache"),
-        }
-        # Also what others have started for it: the bus, or a file manager its archiver.
-        self._session.callback(_kill_all_at_home, self.home)
+        self._begin_account()
         self._start_bus()
         self.run("xdotool", "mouseup", "1", "mousemove", *map(str, self.pointer_rests_at))
 
@@ -145,7 +129,39 @@ class VirtualDesktop(contextlib.ExitStack):
         screen += ["-i", f"{self.environment['DISPLAY']}+{x},{y}", "-frames:v", "1"]
         return self.run("ffmpeg", "-nostdin", "-loglevel", "error", *screen, *output)
 
+    def _begin_account(self):
+        """Ends the session before, and makes the folders of the new one."""
+        self._session.close()
+        self._programs = self._session
+        self._sessions += 1
+        self._folder = self.root / str(self._sessions)
+        self._folder.mkdir()
+        for folder in (self.home, self.temporary):
+            folder.mkdir(mode=0o700)
+        self.environment |= {
+            "HOME": str(self.home),
+            "TMPDIR": str(self.temporary),
+            "XDG_DATA_HOME": str(self.home / ".local" / "share"),
+            "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+        }
+        # Also what others have started for it: the bus, or a file manager its archiver.
+        self._session.callback(_kill_all_at_home, self.home)
+
     def _start(self):
+        self._prepare()
+        self._start_screen()
+        if self._window_manager:
+            self.start(self._window_manager)
+        self._start_sound()
+        if self._window_manager:
+            wait_until(
+                self._managed,
+                lambda: "the window manager:\n" + self.log(self._window_manager),
+            )
+
+    def _prepare(self):
+        """Makes the desktop's folder, and the environment of all that is started."""
         # Unix sockets live under it, whose paths must stay short.
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="quibel-"))
         self.callback(shutil.rmtree, self.root, ignore_errors=True)
@@ -168,17 +184,6 @@ class VirtualDesktop(contextlib.ExitStack):
             # Qt is built without frame pointers: a leak of its own is known by a name
             # only if the stack is unwound without them.
             self.environment["ASAN_OPTIONS"] += ":fast_unwind_on_malloc=0:malloc_context_size=12"
-        self._keep_portals_out()
-        self._start_screen()
-        if self._window_manager:
-            self.start(self._window_manager)
-        self._start_sound()
-        if self._window_manager:
-            wait_until(
-                self._managed,
-                lambda: "the window manager:\n" + self.log(self._window_manager),
-            )
-        wait_until(self._sounding, lambda: "the sound server:\n" + self.log("pulseaudio"))
 
     def _start_screen(self):
         reading, writing = os.pipe()
@@ -193,31 +198,26 @@ class VirtualDesktop(contextlib.ExitStack):
         assert number, "No virtual screen:\n" + self.log("Xvfb")
         self.environment["DISPLAY"] = ":" + number
 
-    def _keep_portals_out(self):
-        """Whatever portal the machine has: its settings and dialogs are another desktop's."""
-        services = self.home / ".local" / "share" / "dbus-1" / "services"
-        services.mkdir(parents=True)
-        name = "org.freedesktop.portal.Desktop"
-        (services / f"{name}.service").write_text(
-            f"[D-BUS Service]\nName={name}\nExec=/bin/false\n"
-        )
-
-    def _start_bus(self):
-        # The desktops that this machine has would change the window's look: of all that a
-        # bus starts, only accessibility is left.
-        services = self._folder / "services"
-        services.mkdir()
-        shutil.copy("/usr/share/dbus-1/services/org.a11y.Bus.service", services)
-        configuration = self._folder / "bus.conf"
-        configuration.write_text(BUS.format(folder=self._folder))
+    def _start_bus(self, variable="DBUS_SESSION_BUS_ADDRESS", socket="bus"):
         bus = self.start(
-            "dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile",
-            "--print-address", stdout=subprocess.PIPE,
+            "dbus-daemon", self._bus_configuration(), "--nofork", "--nopidfile", "--print-address",
+            f"--address=unix:path={self._folder}/{socket}",
+            stdout=subprocess.PIPE,
         )  # fmt: skip
         address = bus.stdout.readline().decode().strip()
         bus.stdout.close()
         assert address, "No message bus:\n" + self.log("dbus-daemon")
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        self.environment[variable] = address
+
+    def _bus_configuration(self):
+        """The bus' option that says what it may start by itself. The desktops that this
+        machine has would change the window's look: of all there is, only accessibility."""
+        services = self._folder / "services"
+        services.mkdir()
+        shutil.copy("/usr/share/dbus-1/services/org.a11y.Bus.service", services)
+        configuration = self._folder / "bus.conf"
+        configuration.write_text(BUS.format(services=services))
+        return f"--config-file={configuration}"
 
     def _start_sound(self):
         self.start(
@@ -225,6 +225,7 @@ class VirtualDesktop(contextlib.ExitStack):
             "--load", "module-native-protocol-unix auth-anonymous=1 auth-cookie-enabled=0",
             "--load", "module-null-sink sink_name=speakers norewinds=1",
         )  # fmt: skip
+        wait_until(self._sounding, lambda: "the sound server:\n" + self.log("pulseaudio"))
 
     def _manages_files(self):
         # Its name appears on the bus a little before what it answers to.
