@@ -90,6 +90,9 @@ class Session(VirtualDesktop):
         del self.environment["QT_QPA_PLATFORM"]
         self._start_sound()
 
+    def _bus_configuration(self):
+        return "--session"  # it may start all that the machine has
+
     def _prepare_shell(self):
         """Settles the environment before anything is started."""
 
