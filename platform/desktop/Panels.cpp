@@ -3,10 +3,14 @@
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeDatabase>
+#include <QScreen>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QStringList>
+#include <QUrl>
 #include <algorithm>
 #include <utility>
 
@@ -64,6 +68,26 @@ platform::FileURL withOwnBytes(const platform::FileURL& chosen) {
   return fileShownAs(QFile::decodeName(chosen.path().c_str()));
 }
 
+/// What stands beside the files in Qt's own dialog: the person's folders that there are,
+/// and the machine, with its disks.
+QList<QUrl> places() {
+  QList<QUrl> urls;
+  for (const auto place : {QStandardPaths::HomeLocation, QStandardPaths::MusicLocation,
+                           QStandardPaths::DownloadLocation, QStandardPaths::DesktopLocation}) {
+    const auto folder = QStandardPaths::writableLocation(place);
+    const auto url = QUrl::fromLocalFile(folder);
+    if (QFileInfo(folder).isDir() && !urls.contains(url)) urls.append(url);
+  }
+  urls.append(QUrl(QStringLiteral("file:")));
+  return urls;
+}
+
+/// Room and places for Qt's own dialog; a desktop's has its own.
+void furnish(QFileDialog& dialog) {
+  dialog.setSidebarUrls(places());
+  dialog.resize(QSize(860, 560).boundedTo(dialog.screen()->availableSize()));
+}
+
 bool mayReplace(const platform::FileURL& url) {
   const auto name = QFile::decodeName(url.lastPathComponent().c_str());
   return QMessageBox::warning(QApplication::activeWindow(), QStringLiteral("Quibel"),
@@ -104,6 +128,7 @@ std::optional<platform::FileURL> Panels::runModal(const platform::OpenPanel& pan
                                                    : QFileDialog::ExistingFile);
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
+  furnish(dialog);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   const auto chosen = chosenIn(dialog).transform(withOwnBytes);
   if (chosen) folder_.remember(*chosen);
@@ -118,6 +143,7 @@ std::optional<platform::FileURL> Panels::runModal(const platform::SavePanel& pan
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setNameFilter(nameFilter(panel.allowedContentTypes));
+  furnish(dialog);
   dialog.selectFile(QFile::decodeName(panel.nameFieldStringValue.c_str()));
   while (dialog.exec() == QDialog::Accepted) {
     const auto chosen = chosenIn(dialog);

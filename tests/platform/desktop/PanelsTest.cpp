@@ -188,6 +188,24 @@ TEST_F(PanelFolderTest, TheFirstPanelOpensInTheMusicFolderAndWithoutOneAtHome) {
   EXPECT_EQ(opensFrom(), home);
 }
 
+TEST_F(PanelFolderTest, QtsOwnPanelIsLargeAndHasThePersonsFoldersAtItsSide) {
+  const auto downloads = home / "Downloads";
+  std::filesystem::create_directory(downloads);
+  const auto url = [](const std::filesystem::path& path) {
+    return QUrl::fromLocalFile(QString::fromStdString(path.string()));
+  };
+  const auto looks = [&](QDialog& dialog) {
+    EXPECT_EQ(dynamic_cast<QFileDialog&>(dialog).sidebarUrls(),
+              (QList<QUrl>{url(home), url(music), url(downloads), QUrl(QStringLiteral("file:"))}));
+    EXPECT_GE(dialog.width(), 780);
+    EXPECT_GE(dialog.height(), 500);
+    dialog.reject();
+  };
+  const Person person({looks, looks});
+  panels.runModal(open);
+  panels.runModal(save);
+}
+
 TEST_F(PanelFolderTest, ALaterPanelOpensWhereTheLastWasConfirmed) {
   choose();
   EXPECT_EQ(opensFrom(), folder.path());
