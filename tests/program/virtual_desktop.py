@@ -19,6 +19,7 @@ FILE_MANAGER = "pcmanfm-qt"
 # Of a message bus that starts nothing by itself but what is in one folder.
 BUS = """<busconfig>
 <type>session</type>
+<listen>unix:dir=/tmp</listen>
 <servicedir>{services}</servicedir>
 <policy context="default">
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/>
