@@ -110,12 +110,12 @@ class Accessibility(Scenario):
 
     def test_below_the_alert_nothing_can_be_found_or_worked(self):
         self.quibel.load(songs.tone(self.song("canción.wav"), 60))
-        start, listen = self.slider(START_HANDLE), self.quibel.button(LISTEN)
+        start, listen = self.handle(START_HANDLE), self.quibel.button(LISTEN)
         self.quibel.drop_files(self.text())
         self.quibel.alert()
         shown = self.quibel.screen.elements(PROGRAM)
         self.assertEqual(
-            [element.name for element in shown if element.role in ("push button", "slider")],
+            [element.name for element in shown if element.role in ("push button", "spin button")],
             [ACCEPT, "Minimizar", "Maximizar", "Cerrar"],
         )
         # Nor by what has known of them since before.
@@ -123,7 +123,7 @@ class Accessibility(Scenario):
         self.assertFalse(listen.can_be_pressed())
         self.press(ACCEPT)
         self.quibel.button(LISTEN)
-        self.assertEqual(self.slider(START_HANDLE).value, 0)
+        self.assertEqual(self.handle(START_HANDLE).value, 0)
 
     def test_no_screen_is_a_layer(self):
         self.assertNotIn("layered pane", self.roles())

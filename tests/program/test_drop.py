@@ -86,13 +86,12 @@ class Drop(Scenario):
 
     def test_a_drag_over_the_header_highlights_the_welcome_panel(self):
         song = songs.tone(self.song("sobrevuela.wav"), 1)
-        resting = self._window_pixels()
         drag = self.quibel.offer_files(song).pick_up()
         x, y, width, _ = self.quibel.box
         self.assertEqual(drag.move_over(x + width / 2, y + 60), "accepts")
-        wait_until(lambda: self._window_pixels() != resting, "the highlight")
+        wait_until(self.quibel.is_highlighted, "the highlight")
         drag.move_over(x + width / 2, y - 30)
-        wait_until(lambda: self._window_pixels() == resting, "the highlight to go")
+        wait_until(lambda: not self.quibel.is_highlighted(), "the highlight to go")
         drag.drop()
 
     def test_changing_the_song_through_the_panel_replaces_it(self):
@@ -118,6 +117,3 @@ class Drop(Scenario):
         self.assertEqual(drag.drop(), "cancelled")
         self.assertEqual(self.quibel.labels(), before)
         self.assertTrue(self.quibel.has_button(CHOOSE))
-
-    def _window_pixels(self):
-        return self.desktop.pixels(*self.quibel.box)

@@ -71,6 +71,8 @@ class VirtualDesktop(contextlib.ExitStack):
         """Ends the session before: whatever runs in its home. The new one has a message bus
         and folders of its own, and the pointer where it is over none of its windows."""
         self._begin_account()
+        # The address of the accessibility bus that has just ended.
+        self.run("xprop", "-root", "-remove", "AT_SPI_BUS")
         self._start_bus()
         self.run("xdotool", "mouseup", "1", "mousemove", *map(str, self.pointer_rests_at))
 
