@@ -130,6 +130,18 @@ TEST(CopyFaults, SoItIsWhereAFileHasItsNameFromTheBeginning) {
   hasNoUnnamedFiles = false;
 }
 
+TEST(CopyFaults, NeverReplaceWhatIsThere) {
+  const TemporaryFolder folder;
+  const auto from = folder.write("from", "nuevo");
+  const auto to = folder.write("to", "viejo");
+  hasNoUnnamedFiles = true;
+  const auto result = LocalFileManager().copyItem(from, to);
+  hasNoUnnamedFiles = false;
+  ASSERT_FALSE(result);
+  EXPECT_EQ(result.error().localizedDescription(), "Ya existe un archivo con ese nombre.");
+  EXPECT_EQ(contentsOf(to), "viejo");
+}
+
 TEST(CopyFaults, AnInterruptedCallIsMadeAgain) {
   const TemporaryFolder folder;
   folder.write("from", std::string(600'000, 'x'));
