@@ -90,6 +90,15 @@ TEST_F(DesktopAppearanceTest, TheDesktopsAccentIsTaken) {
   EXPECT_FALSE(shown().isDark);
 }
 
+TEST_F(DesktopAppearanceTest, NumbersThatAreNoColourAreNoAccent) {
+  set("color-scheme", 1U);
+  set("accent-color", accent(-1, -1, -1));
+  follow();
+  ASSERT_TRUE(QTest::qWaitFor([] { return shown().isDark; }));
+  EXPECT_EQ(QApplication::palette().color(QPalette::Highlight),
+            palette_.color(QPalette::Highlight));
+}
+
 TEST_F(DesktopAppearanceTest, ChangesAreFollowedWhileRunningBothWays) {
   follow();
   settle();
