@@ -143,7 +143,9 @@ TEST(EnvelopePath, ASingleValueDrawsOneLineInTheMiddle) {
 }
 
 TEST(EnvelopePath, ValuesOfZeroAndBelowGiveLinesOfTwoPoints) {
-  for (const auto& line : lines({0, -3}, {100, 200})) {
+  const auto drawn = lines({0, -3}, {100, 200});
+  ASSERT_EQ(drawn.size(), 2U);
+  for (const auto& line : drawn) {
     EXPECT_EQ(line.top, 99);
     EXPECT_EQ(line.bottom, 101);
   }
