@@ -215,13 +215,21 @@ TEST_F(Workspace, ALongNameIsElidedAndWholeInTheTooltipAndForAssistiveTechnology
 }
 
 TEST_F(Workspace, TheMonospacedDigitsKeepTheTimesWidth) {
+  const QFont uneven(QStringLiteral("Quicksand"));
+  const QFontMetrics metrics(uneven);
+  ASSERT_NE(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'1'))
+      << "a font whose digits are all as wide shows nothing";
   load(180);
+  const auto before = QApplication::font();
+  QApplication::setFont(uneven);
+  WorkspaceScreen shown(model);
   std::set<int> widths;
   for (const double end : {11.1, 20.8, 34.5, 37.9}) {
     model->endBinding().set(end);
-    screen.refresh();
-    widths.insert(label(screen, format(end).c_str())->sizeHint().width());
+    shown.refresh();
+    widths.insert(label(shown, format(end).c_str())->sizeHint().width());
   }
+  QApplication::setFont(before);
   EXPECT_EQ(widths.size(), 1U);
 }
 
