@@ -39,8 +39,8 @@ QString spokenHandle(double time, double fragment) {
   const auto text = tr("%1, fragmento de %2").arg(spokenTime(time), spokenTime(fragment));
   constexpr double longest = AudioEditorModel::maximumDuration;
   const auto roundedToTenths = [](double t) { return std::round(t * 10); };
-  if (!(roundedToTenths(fragment) > roundedToTenths(longest))) return text;
-  return tr("%1, solo se guardan %2").arg(text, spokenTime(longest));
+  const bool isCut = roundedToTenths(fragment) > roundedToTenths(longest);
+  return isCut ? tr("%1, solo se guardan %2").arg(text, spokenTime(longest)) : text;
 }
 
 }  // namespace quibel

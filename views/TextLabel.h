@@ -28,7 +28,7 @@ class TextLabel : public QLabel {
 
   /// The same with a file name at its end, which alone is cut: in its middle, so
   /// that its extension stays.
-  void showText(const NamingText& text);
+  void showText(const NamingText& naming);
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
