@@ -1,11 +1,10 @@
 #include "app/WindowControls.h"
 
-#include <QFocusEvent>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <memory>
 
-#include "views/FocusReason.h"
 #include "views/Theme.h"
 
 namespace quibel {
@@ -13,7 +12,7 @@ namespace quibel {
 WindowControl::WindowControl(Symbol symbol, const QString& name, QWidget* parent)
     : QAbstractButton(parent) {
   setAttribute(Qt::WA_Hover);
-  setFocusPolicy(Qt::NoFocus);  // as those of any title bar; keys of the desktop's do the same
+  setFocusPolicy(Qt::NoFocus);  // like title bar buttons: the desktop's own keys do the same
   setFace(symbol, name);
 }
 
@@ -36,22 +35,11 @@ void WindowControl::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   const auto palette = colors(this->palette());
   const double opacity = isDown() ? 0.22 : underMouse() ? 0.14 : 0.07;
-  painter.setPen(keyboardFocused_ ? QPen(palette.accent, 2) : QPen(Qt::NoPen));
+  painter.setPen(Qt::NoPen);
   painter.setBrush(withOpacity(palette.text, opacity));
-  const double inset = keyboardFocused_ ? 1 : 0;
-  painter.drawEllipse(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
+  painter.drawEllipse(QRectF(rect()));
   const QRectF square((width() - 12) / 2.0, (height() - 12) / 2.0, 12, 12);
   paintSymbol(painter, symbol_, square, isActiveWindow() ? palette.text : palette.secondary);
-}
-
-void WindowControl::focusInEvent(QFocusEvent* event) {
-  keyboardFocused_ = showsFocus(event->reason(), keyboardFocused_);
-  QAbstractButton::focusInEvent(event);
-}
-
-void WindowControl::focusOutEvent(QFocusEvent* event) {
-  if (event->reason() != Qt::ActiveWindowFocusReason) keyboardFocused_ = false;
-  QAbstractButton::focusOutEvent(event);
 }
 
 WindowControls::WindowControls(QWidget* parent) : QWidget(parent), row_(new QHBoxLayout(this)) {

@@ -22,12 +22,9 @@ class WindowControl : public QAbstractButton {
  protected:
   bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
-  void focusInEvent(QFocusEvent* event) override;
-  void focusOutEvent(QFocusEvent* event) override;
 
  private:
   Symbol symbol_;
-  bool keyboardFocused_ = false;
 };
 
 /// What a title bar would offer, for a window without one: a row as wide as the window,
