@@ -9,7 +9,7 @@ namespace quibel {
 class TextLabel;
 struct NamingText;
 
-/// One line of the status area, with a spinner where it tells of progress.
+/// One line of the status area, with a spinner if it reports progress.
 class StatusLine : public QWidget {
   Q_OBJECT
 

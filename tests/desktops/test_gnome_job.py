@@ -1,11 +1,6 @@
-import contextlib
-
 import songs
 from desktop_scenario import GnomeScenario
-from ear import Ear
-from quibel import (
-    CHOOSE, CREATE, END_HANDLE, LISTEN, OPEN_PANEL, SAVE_PANEL, START_HANDLE, STOP,
-)  # fmt: skip
+from quibel import CHOOSE, CREATE, END_HANDLE, LISTEN, OPEN_PANEL, SAVE_PANEL, START_HANDLE
 from ringtone import Ringtone
 from waiting import wait_until
 
@@ -14,34 +9,7 @@ class GnomeJob(GnomeScenario):
     """From a song to a ringtone."""
 
     def test_by_a_screen_readers_actions(self):
-        song = songs.tone(self.song("Canción de otoño.wav"), 60)
-        self.quibel.press(CHOOSE)
-        self.quibel.panel(OPEN_PANEL).answer(song)
-        self.quibel.wait_until_loaded()
-        self.assertIn(song.name, self.quibel.labels())
-        self.assertEqual(self.quibel.fragment(), (0, 40, 40))
-
-        self.quibel.move_handle(START_HANDLE, 12.5)
-        self.quibel.move_handle(END_HANDLE, 20)
-        wait_until(lambda: self.quibel.fragment() == (12.5, 7.5, 20), "the fragment")
-
-        with contextlib.closing(Ear(self.desktop)) as ear:
-            self.quibel.press(LISTEN)
-            ear.wait_for_sound()
-        self.quibel.press(STOP)
-        self.quibel.button(LISTEN)
-
-        self.quibel.press(CREATE)
-        panel = self.quibel.panel(SAVE_PANEL)
-        self.assertEqual(panel.proposed_name(), "Canción de otoño.m4r")
-        saved = self.desktop.home / "Música" / "Otoño.m4r"
-        panel.answer(saved)
-        self.quibel.wait_for("label", f"Tono guardado: {saved.name}", seconds=60)
-        self.assertAlmostEqual(Ringtone(saved).seconds, 7.5, delta=0.001)
-        wait_until(
-            lambda: self.desktop.revealed() == [saved.as_uri()],
-            lambda: f"{saved} to be revealed, not {self.desktop.revealed()}",
-        )
+        self.do_the_whole_job()
 
     def test_by_pointer_and_keys(self):
         song = songs.tone(self.song("cancion.wav"), 25)

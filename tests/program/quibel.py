@@ -1,7 +1,6 @@
 """Quibel itself, worked from outside as a person would."""
 
 import pathlib
-import re
 import subprocess
 
 from accessible import Box, Screen

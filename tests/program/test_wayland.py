@@ -23,7 +23,7 @@ class Wayland(Scenario):
 
     def test_moves_when_its_empty_ground_is_dragged(self):
         x, y, width, height = self.quibel.box
-        # The compositor opens it anywhere, and lets nobody move it beyond the top.
+        # The compositor opens it anywhere, and stops a move at the top of the screen.
         dy = 90 if y < 100 else -90
         self.move_window(-70, dy)
         self.assertEqual(self.quibel.box, (x - 70, y + dy, width, height))
