@@ -28,27 +28,27 @@ class Pointer:
         self.move(x, y)
         self._do("click", "--repeat", "2", "1")
 
-    def drag(self, start, end, arrived, begun=None):
+    def drag(self, start, end, arrived):
         """Drags from one place (x, y) to the other, trembling there as a hand does
-        until arrived(); then lets go. Presses again, as a person would, where the press has
-        grabbed nothing: where not begun(), by default not arrived(), for some seconds."""
+        until arrived(); then lets go. Drags again, as a person would, where the press has
+        grabbed nothing or the window manager has given the drag up: for that, start may be
+        a function that says where to press now."""
         tremble = itertools.cycle((0, 1))
 
-        def reaches(condition):
+        def arrives():
             self.move(end[0] + next(tremble), end[1])
-            return condition()
+            return arrived()
 
-        def grab():
+        def attempt():
             self.release()
-            self.move(*start)
+            self.move(*(start() if callable(start) else start))
             self.press()
             try:
-                return wait_until(lambda: reaches(begun or arrived), "a grab", seconds=4)
+                return wait_until(arrives, "the end of a drag", seconds=4)
             except DeadlinePassed:
                 return False
 
-        wait_until(grab, f"the drag to begin at {start}")
-        wait_until(lambda: reaches(arrived), f"the drag to arrive at {end}")
+        wait_until(attempt, f"a drag to arrive at {end}")
         self.release()
 
     def type(self, *keys):

@@ -77,14 +77,14 @@ class Window(Scenario):
 
     def drag_corner(self, dx, dy, arrived):
         """Drags the window's lower right corner until arrived(width, height)."""
-        x, y, width, height = self.quibel.box
-        corner = (x + width - 2, y + height - 2)
+        x, y = self.corner()
         self.quibel.pointer.drag(
-            corner,
-            (corner[0] + dx, corner[1] + dy),
-            lambda: arrived(*self.quibel.box[2:]),
-            begun=lambda: self.quibel.box[2:] != (width, height),
+            self.corner, (x + dx, y + dy), lambda: arrived(*self.quibel.box[2:])
         )
+
+    def corner(self):
+        x, y, width, height = self.quibel.box
+        return x + width - 2, y + height - 2
 
     def size(self):
         return f"another place or size than {self.quibel.box}"
