@@ -1,22 +1,24 @@
 #pragma once
 
-#include <QString>
+#include <QDBusConnection>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/FileURL.h"
 #include "platform/Panels.h"
+#include "platform/desktop/FileDialog.h"
+#include "platform/desktop/FileQuestion.h"
 #include "platform/desktop/PanelFolder.h"
+#include "platform/desktop/PortalFileChooser.h"
 
 namespace quibel::desktop {
 
-/// The desktop's own file dialogs, modally over the active window. To be made once, when
-/// there is an application: Qt's own dialog, which serves where the desktop has none, then
-/// writes nothing about itself to the disk.
+/// The file panels, modally over the active window: the desktop's own chooser through its
+/// portal, or a dialog of this process where there is none. To be made once, when there is
+/// an application.
 class Panels {
  public:
-  Panels();
+  explicit Panels(const QDBusConnection& bus = QDBusConnection::sessionBus());
 
   std::optional<platform::FileURL> runModal(const platform::OpenPanel& panel);
 
@@ -25,11 +27,12 @@ class Panels {
   std::optional<platform::FileURL> runModal(const platform::SavePanel& panel);
 
  private:
-  PanelFolder folder_;
-};
+  std::optional<platform::FileURL> ask(const FileQuestion& question);
 
-/// The filter line of a file dialog for these types, as in "Audio (*.mp3 *.wav)".
-QString nameFilter(const std::vector<platform::ContentType>& types);
+  PanelFolder folder_;
+  PortalFileChooser portal_;
+  FileDialog dialog_;
+};
 
 /// `url` with `.extension` at its end, unless it ends so already, in either case.
 platform::FileURL withExtension(const platform::FileURL& url, const std::string& extension);

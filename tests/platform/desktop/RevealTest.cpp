@@ -4,55 +4,16 @@
 #include <QDesktopServices>
 #include <QUrl>
 #include <chrono>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/desktop/Reveal.h"
 #include "platform/desktop/Urls.h"
-#include "tests/platform/ChildProcess.h"
 #include "tests/platform/desktop/Application.h"
-#include "tests/platform/desktop/TemporaryFolder.h"
+#include "tests/platform/desktop/PrivateBus.h"
 
 namespace quibel::desktop {
 namespace {
-
-/// A session bus of the tests' own, on which no service starts by itself.
-class PrivateBus {
- public:
-  PrivateBus() {
-    const auto socket = folder_.url("bus").path().string();
-    const auto config = folder_.write(
-        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + socket + R"(</listen>
-        <policy context="default">
-          <allow send_destination="*"/> <allow receive_sender="*"/> <allow own="*"/>
-        </policy></busconfig>)");
-    daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork",
-                                             "--config-file=" + config.path().string()});
-    address_ = "unix:path=" + QByteArray::fromStdString(socket);
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address_);
-    isThere_ = eventually([&] { return daemon_->hasEnded() || answers(); }) && !daemon_->hasEnded();
-  }
-
-  bool isThere() const { return isThere_; }
-  QString address() const { return QString::fromLatin1(address_); }
-
- private:
-  // Its socket alone says nothing: it is there before the daemon listens on it.
-  bool answers() const {
-    const bool isConnected =
-        QDBusConnection::connectToBus(address(), QStringLiteral("probe")).isConnected();
-    QDBusConnection::disconnectFromBus(QStringLiteral("probe"));
-    return isConnected;
-  }
-
-  TemporaryFolder folder_;
-  std::optional<platform::ChildProcess> daemon_;
-  QByteArray address_;
-  bool isThere_ = false;
-};
 
 /// A file manager that notes what it is asked to show, and answers as it is told.
 class FakeFileManager final : public QDBusVirtualObject {
@@ -111,15 +72,8 @@ class Reveal : public testing::Test {
 
   static constexpr std::chrono::milliseconds patience{300};
   const platform::FileURL file_{"/música nueva/a\xFF b%.m4r"};
-  PrivateBus& bus_ = bus();
+  PrivateBus& bus_ = PrivateBus::ofTheProcess();
   FolderOpener opener_;
-
- private:
-  // One for all: Qt connects to the session bus once a process.
-  static PrivateBus& bus() {
-    static PrivateBus one;
-    return one;
-  }
 };
 
 TEST_F(Reveal, AsksTheFileManagerToSelectTheFile) {
