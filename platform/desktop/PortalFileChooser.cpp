@@ -24,10 +24,14 @@ QVariantMap options(const FileQuestion& question) {
       {QStringLiteral("current_filter"), QVariant::fromValue(filter)},
       {QStringLiteral("current_folder"), folder},
   };
-  if (question.kind == FileQuestion::Kind::open)
+  // An underscore is before the letter that the key Alt presses it with.
+  if (question.kind == FileQuestion::Kind::open) {
+    options.insert(QStringLiteral("accept_label"), QStringLiteral("_Abrir"));
     options.insert(QStringLiteral("multiple"), question.allowsMultipleSelection);
-  else
+  } else {
+    options.insert(QStringLiteral("accept_label"), QStringLiteral("_Guardar"));
     options.insert(QStringLiteral("current_name"), question.name);
+  }
   return options;
 }
 

@@ -21,18 +21,21 @@ BUTTON_LAYOUT = "org.gnome.desktop.wm.preferences button-layout"
 
 WINDOWS = """
 global.get_window_actors().map(actor => actor.meta_window).map(window => {
-  const {x, y, width, height} = window.get_frame_rect();
-  return [window.get_id(), window.get_title(), [x, y, width, height], window.has_focus()];
+  const numbers = ({x, y, width, height}) => [x, y, width, height];
+  return [window.get_id(), window.get_pid(), window.get_title(),
+          numbers(window.get_frame_rect()), numbers(window.get_buffer_rect()), window.has_focus()];
 })
 """
 
 
 class Window(NamedTuple):
-    """A window as the compositor knows it; its box is without the shadow."""
+    """A window as the compositor knows it; its box is without the shadow, its surface with."""
 
     number: int
+    process: int
     title: str
     box: Box
+    surface: Box
     has_focus: bool
 
 
@@ -61,7 +64,10 @@ class GnomeDesktop(Session):
     def windows(self, title=None):
         """All windows, or those of a title, from the lowest to the uppermost."""
         known = self.evaluate(WINDOWS)
-        windows = [Window(number, name, Box(*box), focus) for number, name, box, focus in known]
+        windows = [
+            Window(*names, Box(*box), Box(*surface), has_focus)
+            for *names, box, surface, has_focus in known
+        ]
         return [window for window in windows if title in (None, window.title)]
 
     def move_window(self, number, x, y):

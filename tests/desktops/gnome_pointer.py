@@ -63,9 +63,12 @@ class GnomePointer(Pointer):
 
     def write(self, text):
         for letter in text:
-            symbol = Gdk.unicode_to_keyval(ord(letter))
-            self._key(symbol, True)
-            self._key(symbol, False)
+            if letter.isascii():
+                symbol = Gdk.unicode_to_keyval(ord(letter))
+                self._key(symbol, True)
+                self._key(symbol, False)
+            else:  # by its number, as GTK takes what the keyboard has not
+                self.type("ctrl+shift+u", *f"{ord(letter):x}", "space")
 
     def _button(self, down):
         self._call("NotifyPointerButton", "(ib)", LEFT_BUTTON, down)

@@ -1,4 +1,4 @@
-"""An open or save panel, of whatever program and toolkit it is."""
+"""An open or save panel that describes itself to a screen reader, whatever program's it is."""
 
 from accessibility_bus import CallFailed
 from quibel import PROGRAM
@@ -13,28 +13,25 @@ CONFIRMATIONS = ("Abrir", "Guardar")
 
 
 class Panel:
-    """The panel of that title, once it shows.
+    """The panel of that title, once it shows."""
 
-    ask_for_name has an open panel without a field for the name show it.
-    """
-
-    def __init__(self, screen, title, ask_for_name=lambda: None):
+    def __init__(self, screen, title):
         self._screen = screen
         self._title = title
-        self._ask_for_name = ask_for_name
         wait_until(self._shows, self._describe, seconds=30)
 
     def places(self):
         """The names of what is beside the files."""
         return [e.name for e in self._elements() if e.role in ("label", "list item")]
 
-    def proposed_name(self):
-        return self._name_field().text
-
     def answer(self, path):
         """Writes a path into it and confirms it."""
         self._name_field().text = str(path)
         wait_until(lambda: self._name_field().text == str(path), "the name to be written")
+        self.accept()
+
+    def accept(self):
+        """Confirms what it proposes."""
         wait_until(self._confirmation, "the panel to take the name").press()
         self.wait_until_gone()
 
@@ -56,11 +53,7 @@ class Panel:
         return None
 
     def _name_field(self):
-        field = self._element("text")
-        if not field:
-            self._ask_for_name()
-            field = wait_until(lambda: self._element("text"), self._describe)
-        return field
+        return wait_until(lambda: self._element("text"), self._describe)
 
     def _element(self, role, name=None):
         return next(

@@ -3,7 +3,7 @@
 from drag import Drag
 from gnome_pointer import GnomePointer
 from panel import Panel
-from quibel import PROGRAM, Quibel
+from quibel import OPEN_PANEL, PROGRAM, Quibel
 from waiting import PATIENCE, wait_until
 
 TITLE = "Quibel"
@@ -46,20 +46,44 @@ class GnomeDrag(Drag):
         return window[0].box.centre
 
 
-class GnomePanel(Panel):
-    """On GNOME, where it is known to have the keys and where it is."""
+class GnomePanel:
+    """The chooser of GNOME's portal, once it has the keys, and worked by keys: GTK 4.8
+    tells screen readers too little of it."""
 
     def __init__(self, quibel, title):
-        super().__init__(quibel.screen, title, lambda: quibel.pointer.type("ctrl+l"))
-        self._desktop = quibel.desktop
-        self.box = wait_until(self._active, f"{title!r} to have the keys").box
+        self._quibel = quibel
+        self._title = title
+        window = wait_until(self._active, f"{title!r} to have the keys", seconds=30)
+        self.box = window.box
+        self.process = window.process
+
+    def answer(self, path):
+        """Writes a path into it and confirms it."""
+        keys = self._quibel.pointer
+        if self._title == OPEN_PANEL:
+            keys.type("ctrl+l")  # shows the field
+        keys.type("ctrl+a")
+        keys.write(str(path))
+        self.accept()
+
+    def accept(self):
+        """Confirms what it proposes."""
+        self._quibel.pointer.type("Return")
+        self.wait_until_gone()
+
+    def cancel(self):
+        self._quibel.pointer.type("Escape")
+        self.wait_until_gone()
 
     def wait_until_gone(self):
-        super().wait_until_gone()
-        wait_until(lambda: not self._desktop.windows(self._title), "the panel's window to go")
+        wait_until(
+            lambda: not self._quibel.desktop.windows(self._title),
+            f"the panel {self._title!r} to go",
+        )
 
     def _active(self):
-        return next((w for w in self._desktop.windows(self._title) if w.has_focus), None)
+        windows = self._quibel.desktop.windows(self._title)
+        return next((window for window in windows if window.has_focus), None)
 
 
 class GnomeQuibel(SessionQuibel):
@@ -77,8 +101,16 @@ class GnomeQuibel(SessionQuibel):
     def _frame(self, number):
         return 0, 0, 0, 0
 
+    @property
+    def box(self):
+        return self._window(self.window_id).box
+
     def _box_of(self, number):
-        return next(w.box for w in self.desktop.windows() if w.number == number)
+        # Elements know their place in it.
+        return self._window(number).surface
+
+    def _window(self, number):
+        return next(w for w in self.desktop.windows() if w.number == number)
 
     def _find_window(self):
         windows = wait_until(

@@ -1,6 +1,6 @@
 import songs
 from desktop_scenario import GnomeScenario
-from quibel import ACCEPT, CHANGE, CHOOSE, OPEN_PANEL, PROGRAM
+from quibel import ACCEPT, CHOOSE, OPEN_PANEL, PROGRAM, START_HANDLE
 from waiting import wait_until
 
 MESSAGE = r"^No se ha podido abrir el audio\. \S.*\.$"
@@ -39,18 +39,20 @@ class GnomeAlert(GnomeScenario):
         self.quibel.pointer.type("Escape")
         self.wait_until_over()
         self.quibel.wait_until_active()
-        self.assertEqual(self.quibel.focused(), CHANGE)
+        self.assertEqual(self.quibel.focused(), START_HANDLE)
 
     def test_is_ended_by_its_button(self):
         self.quibel.click(ACCEPT)
         self.wait_until_over()
 
     def test_stays_while_a_song_is_dropped(self):
-        self.quibel.load(songs.tone(self.song("soltada.wav"), 7))
-        self.assertEqual(self.quibel.fragment(), (0, 7, 7))
+        song = songs.tone(self.song("soltada.wav"), 7)
+        self.assertEqual(self.quibel.drop_files(song), "finished")
         self.assertRegex(self.quibel.alert(), MESSAGE)
         self.quibel.press(ACCEPT)
         self.wait_until_over()
+        self.quibel.wait_until_loaded()
+        self.assertEqual(self.quibel.fragment(), (0, 7, 7))
 
     def wait_until_over(self):
         wait_until(lambda: not self.quibel.has_button(ACCEPT), "the alert to go")
