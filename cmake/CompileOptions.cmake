@@ -2,9 +2,12 @@
 # target exists, so that tests and benchmarks obey the same rules.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion
   -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Werror)
-# Several sources at a time: a local name that hides another source's is nobody's concern.
+# Where several sources are compiled as one, a name that hides another source's is nobody's
+# concern, and a source is no header.
 if(NOT CMAKE_UNITY_BUILD)
   add_compile_options(-Wshadow)
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  add_compile_options(-Wno-subobject-linkage)
 endif()
 
 # Qt: no implicit char* to QString conversions, no Qt keywords as macros.

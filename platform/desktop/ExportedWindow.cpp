@@ -11,24 +11,20 @@
 #include "xdg-foreign-v2.h"
 
 namespace quibel::desktop {
-namespace {
-
-template <auto destroy>
-struct Destroy {
-  template <class Object>
-  void operator()(Object* object) const {
-    destroy(object);
-  }
-};
-
-template <class Object, auto destroy>
-using Owned = std::unique_ptr<Object, Destroy<destroy>>;
-
-}  // namespace
-
 /// A toplevel surface's handle of xdg-foreign. Events of its own queue are read while it is
 /// made and not after: the compositor sends just the one.
 class ExportedWindow::WaylandHandle {
+  template <auto destroy>
+  struct Destroy {
+    template <class Object>
+    void operator()(Object* object) const {
+      destroy(object);
+    }
+  };
+
+  template <class Object, auto destroy>
+  using Owned = std::unique_ptr<Object, Destroy<destroy>>;
+
  public:
   WaylandHandle(wl_display& display, wl_surface& surface)
       : queue_(wl_display_create_queue(&display)) {

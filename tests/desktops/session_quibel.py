@@ -4,7 +4,7 @@ from drag import Drag
 from gnome_pointer import GnomePointer
 from panel import Panel
 from quibel import OPEN_PANEL, PROGRAM, Quibel
-from waiting import PATIENCE, wait_until
+from waiting import PATIENCE, DeadlinePassed, wait_until
 
 TITLE = "Quibel"
 
@@ -68,18 +68,25 @@ class GnomePanel:
 
     def accept(self):
         """Confirms what it proposes."""
-        self._quibel.pointer.type("Return")
-        self.wait_until_gone()
+        self._end_by("Return")
 
     def cancel(self):
-        self._quibel.pointer.type("Escape")
-        self.wait_until_gone()
+        self._end_by("Escape")
 
-    def wait_until_gone(self):
-        wait_until(
-            lambda: not self._quibel.desktop.windows(self._title),
-            f"the panel {self._title!r} to go",
-        )
+    def _end_by(self, key):
+        """Presses it again, as a person would, where the field's completions took it."""
+
+        def gone():
+            return not self._quibel.desktop.windows(self._title)
+
+        def ended():
+            self._quibel.pointer.type(key)
+            try:
+                return wait_until(gone, "a panel to go", seconds=3)
+            except DeadlinePassed:
+                return False
+
+        wait_until(ended, f"the panel {self._title!r} to go", seconds=30)
 
     def _active(self):
         windows = self._quibel.desktop.windows(self._title)
