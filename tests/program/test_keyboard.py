@@ -5,7 +5,7 @@ from quibel import (
 )  # fmt: skip
 from scenario import Scenario
 from virtual_desktop import FILE_MANAGER
-from waiting import wait_until
+from waiting import DeadlinePassed, wait_until
 
 
 class Keyboard(Scenario):
@@ -84,11 +84,19 @@ class Keyboard(Scenario):
     def answer(self, title, path):
         self.quibel.wait_for("dialog", title)
         wait_until(lambda: self.quibel.wait_for("text").focused, "the name to be asked for")
-        self.keys("ctrl+a")
-        self.quibel.pointer.write(str(path))
-        wait_until(lambda: self.quibel.proposed_name() == str(path), "the name to be written")
-        self.keys("Return")
-        wait_until(lambda: not self.quibel.has("dialog", title), f"the panel {title!r} to go")
+
+        def written_and_confirmed():
+            self.keys("ctrl+a")
+            self.quibel.pointer.write(str(path))
+            wait_until(lambda: self.quibel.proposed_name() == str(path), "the name to be written")
+            self.keys("Return")
+            try:
+                return wait_until(lambda: not self.quibel.has("dialog", title), "it", seconds=4)
+            except DeadlinePassed:
+                return False
+
+        # Writes it again, as a person would, where the completion of names took the key.
+        wait_until(written_and_confirmed, f"the panel {title!r} to go")
         wait_until(self.quibel.wait_for("frame", "Quibel").is_active, "the focus to be the window's")
 
     def keys(self, *names):
