@@ -14,7 +14,7 @@
 #include "app/Header.h"
 #include "app/ShellAccessible.h"
 #include "app/StatusArea.h"
-#include "platform/desktop/Urls.h"
+#include "desktop/Urls.h"
 #include "views/ActionButton.h"
 #include "views/DisplayText.h"
 #include "views/Theme.h"

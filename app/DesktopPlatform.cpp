@@ -9,8 +9,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/desktop/PreciseTimer.h"
-#include "platform/desktop/Reveal.h"
+#include "desktop/PreciseTimer.h"
+#include "desktop/Reveal.h"
 
 namespace quibel {
 

@@ -3,12 +3,12 @@
 #include <memory>
 #include <stop_token>
 
+#include "desktop/BackgroundQueue.h"
+#include "desktop/FilePanels.h"
+#include "desktop/LocalFileManager.h"
+#include "desktop/MainQueue.h"
+#include "media/MediaModule.h"
 #include "platform/Platform.h"
-#include "platform/desktop/BackgroundQueue.h"
-#include "platform/desktop/LocalFileManager.h"
-#include "platform/desktop/MainQueue.h"
-#include "platform/desktop/Panels.h"
-#include "platform/media/MediaModule.h"
 
 namespace quibel {
 
@@ -47,7 +47,7 @@ class DesktopPlatform final : public platform::Platform {
   // destroyed before it.
   std::stop_source stop_;
   desktop::LocalFileManager fileManager_;
-  desktop::Panels panels_;
+  desktop::FilePanels panels_;
   desktop::MainQueue mainQueue_;
   media::MediaModule media_;
   std::shared_ptr<ExportsUnderWay> exports_;

@@ -7,7 +7,7 @@
 #include "app/ApplicationIcon.h"
 #include "app/DesktopAppearance.h"
 #include "app/Window.h"
-#include "platform/desktop/SpanishTexts.h"
+#include "desktop/SpanishTexts.h"
 
 namespace quibel {
 

@@ -1,6 +1,6 @@
 #include "app/DesktopPlatform.h"
 #include "app/QuibelApp.h"
-#include "platform/desktop/PulseCookie.h"
+#include "desktop/PulseCookie.h"
 
 int main(int, char** argv) {
   quibel::desktop::keepPulseCookieInMemory();

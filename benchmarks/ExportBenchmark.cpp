@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "benchmarks/Measuring.h"
-#include "platform/ffmpeg/ExportSession.h"
+#include "song/ringtone/RingtoneSession.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {
@@ -18,7 +18,7 @@ constexpr double seconds = 40;
 
 void exportTone(const std::string& song, const std::string& to, double start) {
   std::filesystem::remove(to);
-  const auto session = ffmpeg::makeExportSession(platform::FileURL(song));
+  const auto session = song::makeExportSession(platform::FileURL(song));
   if (!session) throw std::runtime_error("no session for " + song);
   session->setOutputURL(platform::FileURL(to));
   session->setOutputFileType(platform::FileType::appleM4A);

@@ -8,7 +8,7 @@
 #include "benchmarks/BareDecoding.h"
 #include "benchmarks/Loading.h"
 #include "benchmarks/Measuring.h"
-#include "tests/platform/ffmpeg/Songs.h"
+#include "tests/song/Songs.h"
 #include "tests/support/MadeFiles.h"
 
 namespace quibel::benchmarks {

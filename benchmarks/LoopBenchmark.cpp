@@ -20,8 +20,8 @@
 #include "benchmarks/LoopRecording.h"
 #include "benchmarks/Measuring.h"
 #include "benchmarks/Standstills.h"
-#include "tests/platform/ChildProcess.h"
-#include "tests/platform/cubeb/PulseServer.h"
+#include "tests/playback/PulseServer.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {

@@ -11,9 +11,10 @@
 #include <vector>
 
 #include "benchmarks/Measuring.h"
-#include "platform/cubeb/AudioOutput.h"
-#include "tests/platform/cubeb/PulseServer.h"
-#include "tests/platform/cubeb/SyntheticSong.h"
+#include "playback/AudioOutput.h"
+#include "playback/cubeb/CubebSink.h"
+#include "tests/playback/PulseServer.h"
+#include "tests/playback/SyntheticSong.h"
 
 namespace quibel::benchmarks {
 namespace {
@@ -80,7 +81,7 @@ void row(const char* state, playback::AudioOutput& output, platform::AudioPlayer
 
 void run() {
   playback::PulseServer server;
-  playback::AudioOutput output;
+  playback::AudioOutput output(playback::connectCubeb);
   auto made = output.makePlayer(song());
   if (!made) throw std::runtime_error(made.error().localizedDescription());
   auto player = std::move(*made);

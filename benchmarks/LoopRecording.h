@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "tests/platform/cubeb/PulseMonitor.h"
+#include "tests/playback/PulseMonitor.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {

@@ -18,8 +18,8 @@
 #include "benchmarks/LongSongs.h"
 #include "benchmarks/Measuring.h"
 #include "model/AudioEditorModel.h"
-#include "tests/platform/cubeb/PulseMonitor.h"
-#include "tests/platform/cubeb/PulseServer.h"
+#include "tests/playback/PulseMonitor.h"
+#include "tests/playback/PulseServer.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {

@@ -12,7 +12,7 @@
 
 #include "benchmarks/Measuring.h"
 #include "model/Waveform.h"
-#include "platform/ffmpeg/AudioFile.h"
+#include "song/decoding/OpenSong.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {
@@ -30,7 +30,7 @@ double peakOfLoading(const std::filesystem::path& file) {
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("no process");
   if (child == 0) {
-    const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
+    const auto song = song::openAudioFile(platform::FileURL(file));
     _exit(song && waveform(**song, buckets) ? EXIT_SUCCESS : EXIT_FAILURE);
   }
   int status = 0;

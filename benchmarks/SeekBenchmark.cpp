@@ -5,7 +5,7 @@
 
 #include "benchmarks/LongSongs.h"
 #include "benchmarks/Measuring.h"
-#include "platform/ffmpeg/AudioFile.h"
+#include "song/decoding/OpenSong.h"
 #include "tests/support/TestAudio.h"
 
 namespace quibel::benchmarks {
@@ -36,7 +36,7 @@ void run() {
   print("Medians of %d interleaved runs, in ms of processor time.\n\n", rounds);
   print("%-10s %12s %12s %10s\n", "file", "seek", "decode", "ratio");
   for (const auto& file : songs) {
-    const auto song = ffmpeg::openAudioFile(platform::FileURL(file));
+    const auto song = song::openAudioFile(platform::FileURL(file));
     if (!song) throw std::runtime_error(song.error().localizedDescription());
     const std::int64_t end = (*song)->length() - bufferFrames;
     const auto fromTheBeginning = [&](const std::function<void()>& work) {

@@ -4,12 +4,12 @@
 #include <memory>
 #include <span>
 
-#include "platform/ffmpeg/Input.h"
+#include "song/file/Input.h"
 
 namespace quibel::fuzz {
 
 /// A file that holds these bytes and lies on no disk. Every one counts as a file
 /// never met before. Ends the program where the machine has no room for it.
-std::shared_ptr<ffmpeg::Input> inputOf(std::span<const std::uint8_t> bytes);
+std::shared_ptr<song::Input> inputOf(std::span<const std::uint8_t> bytes);
 
 }  // namespace quibel::fuzz

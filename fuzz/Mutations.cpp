@@ -22,8 +22,8 @@
 #include <unistd.h>
 
 #include "model/AudioEditorModel.h"
-#include "platform/ffmpeg/AudioFile.h"
-#include "tests/platform/ffmpeg/Songs.h"
+#include "song/decoding/OpenSong.h"
+#include "tests/song/Songs.h"
 #include "tests/support/FakePlatform.h"
 
 namespace quibel::fuzz {
@@ -108,7 +108,7 @@ class Machine final : public fake::Platform {
  public:
   platform::Result<std::unique_ptr<platform::AudioFile>> openAudioFile(
       const platform::FileURL& url) override {
-    return ffmpeg::openAudioFile(url);
+    return song::openAudioFile(url);
   }
 };
 

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <span>
 
-#include "tests/platform/ffmpeg/Songs.h"
+#include "tests/song/Songs.h"
 
 namespace {
 

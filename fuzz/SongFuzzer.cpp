@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "fuzz/MemoryInput.h"
-#include "platform/ffmpeg/AudioFile.h"
+#include "song/decoding/OpenSong.h"
 
 namespace quibel::fuzz {
 namespace {
@@ -69,7 +69,7 @@ void useAnotherReader(const platform::AudioFile& song) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quibel;
   if (size == 0) return 0;
-  const auto song = ffmpeg::openAudioFile(fuzz::inputOf({data, size}));
+  const auto song = song::openAudioFile(fuzz::inputOf({data, size}));
   if (song) {
     fuzz::useSong(**song);
     fuzz::useAnotherReader(**song);

@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "fuzz/MemoryInput.h"
-#include "platform/ffmpeg/Codecs.h"
-#include "platform/ffmpeg/MovieBoxes.h"
-#include "platform/ffmpeg/MpegFrames.h"
-#include "platform/ffmpeg/OggPages.h"
+#include "song/formats/Codecs.h"
+#include "song/formats/MovieBoxes.h"
+#include "song/formats/MpegFrames.h"
+#include "song/formats/OggPages.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quibel;
@@ -17,23 +17,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   // What comes back is of no matter here: the sanitizers watch how it is found.
   const std::string_view text(reinterpret_cast<const char*>(data), size);
-  static_cast<void>(ffmpeg::parseGaplessInfo(text));
-  static_cast<void>(ffmpeg::opusPacketFrames(data, static_cast<int>(size)));
+  static_cast<void>(song::parseGaplessInfo(text));
+  static_cast<void>(song::opusPacketFrames(data, static_cast<int>(size)));
 
-  static_cast<void>(ffmpeg::parseMpegHeader(bytes));
-  const auto tag = ffmpeg::readMpegTag(*input);
-  const auto header = ffmpeg::readFirstMpegHeader(*input);
-  const auto index = ffmpeg::indexMpegPackets(*input, 0);
+  static_cast<void>(song::parseMpegHeader(bytes));
+  const auto tag = song::readMpegTag(*input);
+  const auto header = song::readFirstMpegHeader(*input);
+  const auto index = song::indexMpegPackets(*input, 0);
   if (header && index) {
-    static_cast<void>(ffmpeg::mpegExtent(index->packets, header->frames, tag));
+    static_cast<void>(song::mpegExtent(index->packets, header->frames, tag));
   }
 
-  static_cast<void>(ffmpeg::readOggLinks(*input));
-  for (const int stream : {0, 1}) static_cast<void>(ffmpeg::readOggGranules(*input, stream));
+  static_cast<void>(song::readOggLinks(*input));
+  for (const int stream : {0, 1}) static_cast<void>(song::readOggGranules(*input, stream));
 
-  if (const auto times = ffmpeg::readMovieTimes(*input, 1)) {
-    const ffmpeg::Extent counted{.length = 88'200};
-    static_cast<void>(ffmpeg::movieExtent(
+  if (const auto times = song::readMovieTimes(*input, 1)) {
+    const song::Extent counted{.length = 88'200};
+    static_cast<void>(song::movieExtent(
         counted, {times->movieTimescale, times->mediaTimescale, times->edits, std::nullopt},
         44'100));
   }

@@ -1,6 +1,6 @@
 #include <atomic>
 
-#include "platform/ffmpeg/Pointers.h"
+#include "song/file/Pointers.h"
 #include "tests/export/Workshop.h"
 #include "tests/support/SystemCall.h"
 

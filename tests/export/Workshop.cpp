@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/ffmpeg/AudioFile.h"
-#include "platform/ffmpeg/ExportSession.h"
+#include "song/decoding/OpenSong.h"
+#include "song/ringtone/RingtoneSession.h"
 
 namespace quibel::test {
 
@@ -37,11 +37,11 @@ void PostedBlocks::runOne() {
 }
 
 platform::Result<std::unique_ptr<platform::AudioFile>> Machine::openAudioFile(const FileURL& url) {
-  return ffmpeg::openAudioFile(url);
+  return song::openAudioFile(url);
 }
 
 std::shared_ptr<platform::ExportSession> Machine::makeExportSession(const FileURL& url) {
-  return ffmpeg::makeExportSession(url);
+  return song::makeExportSession(url);
 }
 
 Workshop::Workshop() {

@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "desktop/LocalFileManager.h"
 #include "model/AudioEditorModel.h"
-#include "platform/desktop/LocalFileManager.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/TestAudio.h"
 
