@@ -7,12 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <future>
+#include <list>
 #include <memory>
 #include <new>
 #include <optional>
 #include <span>
 #include <stop_token>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace quibel {
@@ -26,7 +28,7 @@ constexpr std::int64_t minimumFramesPerBucket = 256;
 /// short one.
 constexpr std::int64_t largestPiece = 16'384;
 
-/// Songs of fewer frames are not shared between two readers: they take 20 ms at most.
+/// Songs of fewer frames are not shared among readers: they take 20 ms at most.
 constexpr std::int64_t shortestShared = 1'000'000;
 
 /// No bucket of a song with any sound is drawn lower than this.
@@ -98,16 +100,35 @@ class BucketReader {
 
 using Peaks = std::vector<double>;
 
-/// The peaks of the buckets from frame `begin` to the end, found by another reader of the
-/// song. Nothing where it cannot read them all, or where there is none.
-std::optional<Peaks> peaksFrom(const platform::AudioFile& song, std::int64_t begin,
-                               std::int64_t framesPerBucket, const std::stop_token& stop) try {
+/// Consecutive buckets: their first frame, and the one after their last.
+struct Section {
+  std::int64_t begin = 0;
+  std::int64_t end = 0;
+};
+
+/// A song's buckets, divided evenly among so many readers.
+std::vector<Section> sectionsOf(std::int64_t length, std::int64_t framesPerBucket, int readers) {
+  if (length < shortestShared) readers = 1;
+  std::vector<Section> sections;
+  for (std::int64_t begin = 0; begin < length; begin = sections.back().end) {
+    const auto next = static_cast<std::int64_t>(sections.size()) + 1;
+    const bool isLast = next >= readers;
+    const std::int64_t end = length * next / readers / framesPerBucket * framesPerBucket;
+    sections.push_back({begin, isLast ? length : std::max(end, begin + framesPerBucket)});
+  }
+  return sections;
+}
+
+/// The peaks of a section's buckets, found by another reader of the song. Nothing where it
+/// cannot read them all, or where there is none.
+std::optional<Peaks> peaksOf(const platform::AudioFile& song, const Section& section,
+                             std::int64_t framesPerBucket, const std::stop_token& stop) try {
   const auto file = song.anotherReader();
   if (!file) return std::nullopt;
   BucketReader reader(*file, framesPerBucket);
-  if (!reader.hasBuffer() || !file->seek(begin)) return std::nullopt;
+  if (!reader.hasBuffer() || !file->seek(section.begin)) return std::nullopt;
   Peaks peaks;
-  while (file->framePosition() < file->length()) {
+  while (file->framePosition() < section.end) {
     const auto peak = reader.next();
     if (stop.stop_requested() || !peak || !*peak) return std::nullopt;
     peaks.push_back(**peak);
@@ -117,29 +138,28 @@ std::optional<Peaks> peaksFrom(const platform::AudioFile& song, std::int64_t beg
   return std::nullopt;
 }
 
-/// The buckets of a long song from a frame on, found in a thread of its own.
-class Latter {
+/// A section that is read in a thread of its own.
+class SharedSection {
  public:
-  /// `song` outlives this. A short song is not shared.
-  Latter(const platform::AudioFile& song, std::int64_t begin, std::int64_t framesPerBucket) {
-    if (song.length() < shortestShared) return;
-    // The reader is opened in its thread too. Its memory would else come from the first
-    // thread's share of the heap, for which both would wait at every packet: 2 % of a
-    // load's processor time.
-    auto read = [&song, begin, framesPerBucket, stop = stop_.get_token()] {
-      return peaksFrom(song, begin, framesPerBucket, stop);
+  /// `song` outlives this.
+  SharedSection(const platform::AudioFile& song, const Section& section,
+                std::int64_t framesPerBucket) {
+    // Open on the reading thread: malloc arenas are per thread, and with a shared one both
+    // threads would wait for it at every packet, 2 % of a load's processor time.
+    auto read = [&song, section, framesPerBucket, stop = stop_.get_token()] {
+      return peaksOf(song, section, framesPerBucket, stop);
     };
     try {
       peaks_ = std::async(std::launch::async, std::move(read));
     } catch (const std::system_error&) {
-      peaks_ = {};  // no thread is to be had
+      peaks_ = {};  // the system denies a thread
     }
   }
-  Latter(const Latter&) = delete;
-  Latter& operator=(const Latter&) = delete;
-  ~Latter() { stop_.request_stop(); }
+  SharedSection(const SharedSection&) = delete;
+  SharedSection& operator=(const SharedSection&) = delete;
+  ~SharedSection() { stop_.request_stop(); }
 
-  /// Waits for them, once. Nothing where they could not all be read.
+  /// Waits for its peaks, once. Nothing where they could not all be read.
   std::optional<Peaks> take() { return peaks_.valid() ? peaks_.get() : std::nullopt; }
 
  private:
@@ -157,27 +177,45 @@ void normalise(std::vector<double>& values) {
 
 }  // namespace
 
-std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file, int count) {
-  assert(count > 0);
-  const std::int64_t total = file.length();
-  const std::int64_t framesPerBucket = std::max(minimumFramesPerBucket, total / count);
+int readersForALoad() {
+  constexpr unsigned most = 8;
+  return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, most));
+}
+
+std::expected<std::vector<double>, LoadError> waveform(platform::AudioFile& file, int count,
+                                                       int readers) {
+  assert(count > 0 && readers > 0);
+  const std::int64_t framesPerBucket = std::max(minimumFramesPerBucket, file.length() / count);
   BucketReader reader(file, framesPerBucket);
   if (!reader.hasBuffer()) return std::unexpected(AudioError::invalid);
 
-  const std::int64_t half = total / 2 / framesPerBucket * framesPerBucket;
-  Latter latter(file, half, framesPerBucket);
+  const auto sections = sectionsOf(file.length(), framesPerBucket, readers);
+  std::list<SharedSection> shared;
+  for (std::size_t i = 1; i < sections.size(); ++i)
+    shared.emplace_back(file, sections[i], framesPerBucket);
+
   Peaks values;
-  while (file.framePosition() < file.length()) {
-    if (file.framePosition() == half) {
-      if (const auto peaks = latter.take()) {
+  bool isAtEnd = false;
+  for (std::size_t i = 0; i < sections.size() && !isAtEnd; ++i) {
+    if (i > 0) {
+      const auto peaks = shared.front().take();
+      shared.pop_front();
+      if (peaks) {
         values.insert(values.end(), peaks->begin(), peaks->end());
-        break;
+        continue;
       }
     }
-    auto peak = reader.next();
-    if (!peak) return std::unexpected(std::move(peak).error());
-    if (!*peak) break;
-    values.push_back(**peak);
+    // What no other reader could read.
+    if (file.framePosition() != sections[i].begin) {
+      if (auto moved = file.seek(sections[i].begin); !moved)
+        return std::unexpected(std::move(moved).error());
+    }
+    while (file.framePosition() < sections[i].end && !isAtEnd) {
+      auto peak = reader.next();
+      if (!peak) return std::unexpected(std::move(peak).error());
+      isAtEnd = !*peak;
+      if (*peak) values.push_back(**peak);
+    }
   }
   normalise(values);
   return values;

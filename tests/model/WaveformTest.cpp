@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <limits>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -171,7 +173,7 @@ fake::Song rise() {
   return song;
 }
 
-TEST(WaveformTest, AnotherReaderTakesTheLatterHalfOfALongSong) {
+TEST(WaveformTest, AnotherReaderTakesTheSecondHalfOfALongSong) {
   fake::Song song = rise();
   song.channels[0].back() = 1;
   const auto alone = waveform(*fake::openSong(song), 1'000).value();
@@ -185,7 +187,7 @@ TEST(WaveformTest, AnotherReaderTakesTheLatterHalfOfALongSong) {
   std::vector<std::uint32_t> sizes;
   auto expected = alone;
   expected[700'000 / 1'111] = 1;
-  EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000).value(), expected);
+  EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000, 2).value(), expected);
   EXPECT_THAT(sizes, SizeIs(500));
 }
 
@@ -194,7 +196,7 @@ TEST(WaveformTest, AnotherReaderIsOpenedInTheThreadThatReadsIt) {
   song.forAnotherReader = std::make_shared<fake::Song>(rise());
   std::thread::id opening;
   song.onAnotherReader = [&] { opening = std::this_thread::get_id(); };
-  ASSERT_THAT(waveform(*fake::openSong(song), 1'000).value(), SizeIs(1'000));
+  ASSERT_THAT(waveform(*fake::openSong(song), 1'000, 2).value(), SizeIs(1'000));
   EXPECT_NE(opening, std::thread::id());
   EXPECT_NE(opening, std::this_thread::get_id());
 }
@@ -211,9 +213,41 @@ TEST(WaveformTest, WhatAnotherReaderCannotReadIsReadByTheFirst) {
     fake::Song song = rise();
     song.forAnotherReader = std::make_shared<fake::Song>(other);
     std::vector<std::uint32_t> sizes;
-    EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000).value(), alone);
+    EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000, 2).value(), alone);
     EXPECT_THAT(sizes, SizeIs(1'000));
   }
+}
+
+TEST(WaveformTest, ALongSongIsSharedByAsManyReadersAsAreAskedFor) {
+  const auto alone = waveform(*fake::openSong(rise()), 1'000, 1).value();
+  for (const int readers : {2, 3, 4, 8}) {
+    fake::Song song = rise();
+    song.forAnotherReader = std::make_shared<fake::Song>(rise());
+    std::atomic<int> others = 0;
+    song.onAnotherReader = [&] { ++others; };
+    std::vector<std::uint32_t> sizes;
+    EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000, readers).value(), alone) << readers;
+    EXPECT_EQ(others, readers - 1);
+    EXPECT_NEAR(static_cast<double>(sizes.size()), 1'000.0 / readers, 1) << readers;
+  }
+}
+
+TEST(WaveformTest, ASectionWithoutAReaderOfItsOwnIsReadByTheFirst) {
+  const auto alone = waveform(*fake::openSong(rise()), 1'000, 1).value();
+  fake::Song song = rise();
+  song.forAnotherReader = std::make_shared<fake::Song>(rise());
+  std::atomic<int> others = 0;
+  song.onAnotherReader = [&] {
+    if (++others == 2) throw std::bad_alloc();
+  };
+  std::vector<std::uint32_t> sizes;
+  EXPECT_EQ(waveform(*fake::openSong(song, &sizes), 1'000, 4).value(), alone);
+  EXPECT_THAT(sizes, SizeIs(500));
+}
+
+TEST(WaveformTest, ReadersAreAsManyAsProcessorsWithinLimits) {
+  EXPECT_GE(readersForALoad(), 1);
+  EXPECT_LE(readersForALoad(), 8);
 }
 
 TEST(WaveformTest, ShortSongIsReadByOne) {
