@@ -69,6 +69,24 @@ class CountedExportSession final : public platform::ExportSession {
   const std::shared_ptr<ExportsUnderWay> exports_;
 };
 
+/// A session that could not be made, and says why once it is started.
+class FailedExportSession final : public platform::ExportSession {
+ public:
+  explicit FailedExportSession(platform::Error error) : error_(std::move(error)) {}
+
+  void setOutputURL(const platform::FileURL&) override {}
+  void setOutputFileType(platform::FileType) override {}
+  void setTimeRange(const platform::TimeRange&) override {}
+  void exportAsynchronously(std::function<void()> completionHandler) override {
+    completionHandler();
+  }
+  platform::ExportStatus status() const override { return platform::ExportStatus::failed; }
+  std::optional<platform::Error> error() const override { return error_; }
+
+ private:
+  const platform::Error error_;
+};
+
 /// What cannot be opened because the system denies a thread or memory fails like
 /// anything else.
 template <class Open>
@@ -78,7 +96,7 @@ std::invoke_result_t<Open> withoutExceptions(Open open) try {
   return std::unexpected(platform::Error(
       "El sistema no permite más tareas a la vez. Cierra algún programa e inténtalo otra vez."));
 } catch (const std::bad_alloc&) {
-  return std::unexpected(platform::Error("No queda memoria para abrirlo."));
+  return std::unexpected(platform::Error("No hay memoria suficiente."));
 }
 
 }  // namespace
@@ -117,11 +135,16 @@ platform::Result<std::unique_ptr<platform::AudioPlayer>> DesktopPlatform::openAu
 
 std::shared_ptr<platform::ExportSession> DesktopPlatform::makeExportSession(
     const platform::FileURL& url) {
-  const auto media = media_.load();
-  if (!media) return nullptr;
-  auto session = (*media)->makeExportSession(url, stop_.get_token());
-  if (!session) return nullptr;
-  return std::make_shared<CountedExportSession>(std::move(session), exports_);
+  using Session = std::shared_ptr<platform::ExportSession>;
+  auto session = withoutExceptions([&]() -> platform::Result<Session> {
+    const auto media = media_.load();
+    if (!media) return std::unexpected(media.error());
+    auto made = (*media)->makeExportSession(url, stop_.get_token());
+    if (!made) return nullptr;
+    return std::make_shared<CountedExportSession>(std::move(made), exports_);
+  });
+  return session ? *std::move(session)
+                 : std::make_shared<FailedExportSession>(std::move(session).error());
 }
 
 std::optional<platform::FileURL> DesktopPlatform::runModal(const platform::OpenPanel& panel) {

@@ -1,6 +1,7 @@
 #include "model/AudioEditorModel.h"
 
 #include <algorithm>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -16,6 +17,12 @@ constexpr int bucketCount = 900;
 /// Seconds between two readings of the player. It bounds how far past the
 /// fragment's end the loop may play.
 constexpr double tickInterval = 0.025;
+
+/// The sentence for an exception that the platform let through.
+std::string description(const std::exception& exception) {
+  return dynamic_cast<const std::bad_alloc*>(&exception) ? "No hay memoria suficiente."
+                                                         : "Ha ocurrido un error inesperado.";
+}
 
 }  // namespace
 
@@ -82,8 +89,8 @@ auto AudioEditorModel::analyse(platform::Platform& platform, const platform::Fil
     auto samples = waveform(**file, bucketCount);
     if (!samples) return std::unexpected(std::move(samples).error());
     return LoadedSong{duration, *std::move(samples)};
-  } catch (const std::bad_alloc&) {
-    return std::unexpected(platform::Error("No queda memoria para abrirlo."));
+  } catch (const std::exception& exception) {
+    return std::unexpected(platform::Error(description(exception)));
   }
 }
 
@@ -110,7 +117,7 @@ void AudioEditorModel::togglePreview() {
     preview();
 }
 
-void AudioEditorModel::preview() {
+void AudioEditorModel::preview() try {
   const auto& url = audioURL();
   if (!url) return;
   auto player = platform_.openAudioPlayer(*url);
@@ -130,6 +137,9 @@ void AudioEditorModel::preview() {
   timer_ = platform_.scheduledTimer(tickInterval, [weak = weak_from_this()] {
     if (const auto model = weak.lock()) model->tick();
   });
+} catch (const std::exception& exception) {
+  stopPreview();
+  fail("No se ha podido reproducir el audio. " + description(exception));
 }
 
 void AudioEditorModel::tick() {
@@ -170,6 +180,15 @@ void AudioEditorModel::export_() {
                                 .temporaryDirectory()
                                 .appendingPathComponent(platform_.uuidString())
                                 .appendingPathExtension("m4a");
+  try {
+    beginExport(temporaryURL, *destination);
+  } catch (const std::exception& exception) {
+    fail("No se ha podido crear el tono. " + description(exception));
+  }
+}
+
+void AudioEditorModel::beginExport(const platform::FileURL& temporaryURL,
+                                   const platform::FileURL& destination) {
   const auto session = platform_.makeExportSession(*audioURL());
   if (!session) {
     fail("Este formato no se puede convertir a AAC.");
@@ -179,7 +198,7 @@ void AudioEditorModel::export_() {
   session->setOutputFileType(platform::FileType::appleM4A);
   session->setTimeRange(exportTimeRange(start_, end_, maximumDuration));
   session->exportAsynchronously(
-      [pending = PendingExport{weak_from_this(), temporaryURL, session, *destination},
+      [pending = PendingExport{weak_from_this(), temporaryURL, session, destination},
        &mainQueue = platform_.mainQueue()] {
         mainQueue.async([pending] {
           if (const auto model = pending.model.lock()) model->finishExport(pending);

@@ -87,6 +87,7 @@ class AudioEditorModel : public std::enable_shared_from_this<AudioEditorModel> {
   void finishLoad(const std::expected<LoadedSong, LoadError>& result);
   void preview();
   void tick();
+  void beginExport(const platform::FileURL& temporaryURL, const platform::FileURL& destination);
   void finishExport(const PendingExport& pending);
   platform::Result<void> save(const platform::FileURL& temporaryURL,
                               const platform::FileURL& destination);

@@ -48,7 +48,8 @@ class ExportSession {
   virtual void setTimeRange(const TimeRange& range) = 0;
 
   /// Starts writing and returns. The handler is called once, on a thread of the
-  /// session's own, after `status` and `error` have their final values.
+  /// session's own, after `status` and `error` have their final values. Where no such
+  /// thread could be started, it is called before this returns.
   virtual void exportAsynchronously(std::function<void()> completionHandler) = 0;
 
   virtual ExportStatus status() const = 0;

@@ -89,6 +89,17 @@ TEST_F(ThreadShortage, AnExportFailsWithItsReason) {
   EXPECT_EQ(session->error(), platform::Error("No hay memoria suficiente."));
 }
 
+TEST_F(ThreadShortage, AnExportThatCannotBePreparedFailsWithItsReason) {
+  shortage = true;
+  const auto session = machine->makeExportSession(url);
+  ASSERT_TRUE(session);
+  bool isDone = false;
+  session->exportAsynchronously([&] { isDone = true; });
+  EXPECT_TRUE(isDone);
+  EXPECT_EQ(session->status(), platform::ExportStatus::failed);
+  EXPECT_EQ(session->error(), platform::Error(reason));
+}
+
 TEST_F(ThreadShortage, ABackgroundBlockRunsAtOnce) {
   desktop::BackgroundQueue queue;
   std::thread::id ranOn;

@@ -1,5 +1,6 @@
 #include <cstdint>
 #include <limits>
+#include <new>
 
 #include "model/ExportRules.h"
 #include "tests/model/Fixture.h"
@@ -179,6 +180,15 @@ TEST_F(ExportTest, SongThatCannotBeConvertedIsReportedByTheFixedTextAlone) {
   EXPECT_EQ(model->status(), "");
   machine.settle();
   EXPECT_THAT(machine.sessions, IsEmpty());
+}
+
+TEST_F(ExportTest, AnExceptionOfThePlatformEndsItWithAReason) {
+  loadSong(60);
+  machine.savePanelAnswer = url(destination);
+  machine.whileOpening = [] { throw std::bad_alloc(); };
+  model->export_();
+  EXPECT_EQ(model->alertText(), "No se ha podido crear el tono. No hay memoria suficiente.");
+  EXPECT_FALSE(model->isExporting());
 }
 
 TEST_F(ExportTest, HandlerOnlyPostsToTheMainQueue) {

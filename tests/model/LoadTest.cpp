@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "tests/model/Fixture.h"
 
 namespace quibel::test {
@@ -216,6 +218,15 @@ TEST_F(LoadTest, ModelDestroyedDuringALoadIsLeftInPeace) {
   model.reset();
   EXPECT_TRUE(weak.expired());
   machine.settle();
+}
+
+TEST_F(LoadTest, AnExceptionOfThePlatformIsReported) {
+  machine.songs["/x/song.mp3"] = fake::Song::lasting(1);
+  machine.whileOpening = [] { throw std::runtime_error("no"); };
+  model->load(url("/x/song.mp3"));
+  machine.settle();
+  EXPECT_EQ(model->alertText(), "No se ha podido abrir el audio. Ha ocurrido un error inesperado.");
+  EXPECT_FALSE(model->isLoading());
 }
 
 TEST_F(LoadTest, ModelDestroyedBeforeTheCompletionIsLeftInPeace) {

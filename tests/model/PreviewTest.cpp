@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "tests/model/Fixture.h"
 
 namespace quibel::test {
@@ -33,6 +35,15 @@ TEST_F(PreviewTest, IsPlayingWithThePlayheadAtTheStartBeforeTheFirstTick) {
   startLoop();
   EXPECT_TRUE(model->isPlaying());
   EXPECT_EQ(model->playhead(), 10);
+}
+
+TEST_F(PreviewTest, AnExceptionOfThePlatformIsReported) {
+  loadSong(60);
+  machine.whileOpening = [] { throw std::runtime_error("no"); };
+  model->togglePreview();
+  EXPECT_EQ(model->alertText(),
+            "No se ha podido reproducir el audio. Ha ocurrido un error inesperado.");
+  EXPECT_FALSE(model->isPlaying());
 }
 
 TEST_F(PreviewTest, ToggledTwiceReturnsToStoppedWithPlayerAndTimerGone) {

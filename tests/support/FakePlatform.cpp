@@ -182,6 +182,7 @@ Platform::~Platform() {
 
 platform::Result<std::unique_ptr<platform::AudioFile>> Platform::openAudioFile(
     const platform::FileURL& url) {
+  if (whileOpening) whileOpening();
   const auto song = songs.find(url.path().string());
   if (song == songs.end()) return std::unexpected(missingFile);
   if (song->second.openError) return std::unexpected(*song->second.openError);
@@ -191,6 +192,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> Platform::openAudioFile(
 platform::Result<std::unique_ptr<platform::AudioPlayer>> Platform::openAudioPlayer(
     const platform::FileURL& url) {
   journal.record("open player " + url.path().string());
+  if (whileOpening) whileOpening();
   const auto song = songs.find(url.path().string());
   if (song == songs.end()) return std::unexpected(missingFile);
   if (song->second.playError) return std::unexpected(*song->second.playError);
@@ -200,6 +202,7 @@ platform::Result<std::unique_ptr<platform::AudioPlayer>> Platform::openAudioPlay
 
 std::shared_ptr<platform::ExportSession> Platform::makeExportSession(const platform::FileURL& url) {
   journal.record("make session " + url.path().string());
+  if (whileOpening) whileOpening();
   const auto song = songs.find(url.path().string());
   if (song == songs.end() || !song->second.convertible) return nullptr;
   sessions.push_back(std::make_shared<ExportSession>(journal));

@@ -165,6 +165,7 @@ class Platform : public platform::Platform {
   std::optional<platform::FileURL> openPanelAnswer;
   std::optional<platform::FileURL> savePanelAnswer;
   std::function<void()> whileSavePanelIsOpen;
+  std::function<void()> whileOpening;  ///< a song for decoding, playing or export; may throw
   std::optional<platform::OpenPanel> openPanel;  ///< the last one run
   std::optional<platform::SavePanel> savePanel;  ///< the last one run
   bool knowsM4R = true;
