@@ -13,6 +13,10 @@ struct AudioFormat {
   double sampleRate = 0;  ///< frames per second
   std::uint32_t channelCount = 0;
 
+  /// The speakers that the channels are meant for, in their order: a bit each, those of
+  /// WAVEFORMATEXTENSIBLE's dwChannelMask. 0 for mono and stereo, and where nobody says.
+  std::uint64_t speakers = 0;
+
   friend bool operator==(const AudioFormat&, const AudioFormat&) = default;
 };
 

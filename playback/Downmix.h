@@ -4,18 +4,17 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/AudioFile.h"
+
 namespace quibel::playback {
 
 /// Turns a song's channels into the one or two of a sink, and its frames into
 /// the sink's where the song has more a second than a sink takes.
 class Downmix {
  public:
-  /// Channels beyond two are taken in their usual order (left, right, centre,
-  /// low frequencies, back, side) and mixed to stereo with the centre and the
-  /// surrounds 3 dB down and without the low frequencies, all of it scaled so
-  /// that full scale on every channel stays full scale.
+  /// Channels beyond two are mixed by platform::stereoMix.
   /// `step`: so many of the song's frames are averaged into one, at least 1.
-  Downmix(std::uint32_t songChannels, std::uint32_t step);
+  Downmix(const platform::AudioFormat& song, std::uint32_t step);
 
   std::uint32_t sinkChannels() const { return sinkChannels_; }
   std::uint32_t step() const { return step_; }

@@ -19,7 +19,7 @@ constexpr auto attemptInterval = std::chrono::seconds(1);
 
 Downmix downmixFor(const platform::AudioFormat& song) {
   const auto step = std::max(1.0, std::ceil(song.sampleRate / highestRate));
-  return {song.channelCount, static_cast<std::uint32_t>(step)};
+  return {song, static_cast<std::uint32_t>(step)};
 }
 
 SinkFormat sinkFormatFor(const platform::AudioFormat& song, const Downmix& downmix) {

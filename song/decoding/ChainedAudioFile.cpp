@@ -15,7 +15,9 @@ namespace {
 constexpr std::uint32_t chunkFrames = 4096;
 
 RateConverter::Form formOf(const platform::AudioFormat& format) {
-  return {static_cast<int>(format.sampleRate), static_cast<int>(format.channelCount)};
+  return {.rate = static_cast<int>(format.sampleRate),
+          .channels = static_cast<int>(format.channelCount),
+          .speakers = format.speakers};
 }
 
 /// A link, and where it lies among the frames of the whole.

@@ -7,6 +7,7 @@
 #include "song/decoding/PCMBuffer.h"
 #include "song/decoding/Samples.h"
 #include "song/file/Errors.h"
+#include "song/formats/Speakers.h"
 
 namespace quibel::song {
 
@@ -35,7 +36,8 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   FrameSource::Plan plan{.clock = chooseClock(*demuxer->format().iformat, codec.codec_id,
                                               stream.time_base, codec.sample_rate),
                          .outputRate = std::max(codec.sample_rate, 1),
-                         .channels = codec.ch_layout.nb_channels};
+                         .channels = codec.ch_layout.nb_channels,
+                         .speakers = speakersOf(codec.ch_layout)};
   auto source = FrameSource::open(input, std::move(demuxer), plan);
   if (!source) return std::unexpected(source.error());
 
@@ -59,6 +61,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   const FrameSource::Plan opened = plan;
   plan.outputRate = frame.sample_rate;
   plan.channels = channels;
+  plan.speakers = speakersOf(frame.ch_layout);
   const auto extent = measure(input, *source, plan, length);
   if (!extent) return std::unexpected(extent.error());
   plan.clock = extent->clock;
@@ -83,7 +86,9 @@ CodedAudioFile::CodedAudioFile(std::shared_ptr<Input> input, FrameSource source,
       source_(std::move(source)) {}
 
 platform::AudioFormat CodedAudioFile::processingFormat() const {
-  return {static_cast<double>(plan_.outputRate), static_cast<std::uint32_t>(plan_.channels)};
+  return {.sampleRate = static_cast<double>(plan_.outputRate),
+          .channelCount = static_cast<std::uint32_t>(plan_.channels),
+          .speakers = plan_.speakers};
 }
 
 std::unique_ptr<platform::AudioPCMBuffer> CodedAudioFile::makeBuffer(

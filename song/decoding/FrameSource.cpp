@@ -67,7 +67,9 @@ FrameSource::FrameSource(std::shared_ptr<Input> input, std::unique_ptr<Demuxer> 
       plan_(plan),
       decoder_(std::move(decoder)),
       clock_(plan.clock, *demuxer_, plan.outputRate),
-      converter_({static_cast<double>(plan.outputRate), static_cast<std::uint32_t>(plan.channels)}),
+      converter_({.sampleRate = static_cast<double>(plan.outputRate),
+                  .channelCount = static_cast<std::uint32_t>(plan.channels),
+                  .speakers = plan.speakers}),
       packet_(av_packet_alloc()),
       frame_(av_frame_alloc()) {
   if (!packet_ || !frame_) throw std::bad_alloc();

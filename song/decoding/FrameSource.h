@@ -64,8 +64,9 @@ class FrameSource {
   /// How a stream is to be decoded.
   struct Plan {
     Clock clock = Clock::timestamps;
-    int outputRate = 0;  ///< frames per second of what is delivered
-    int channels = 0;    ///< of what is delivered; 0 to leave everything as it is decoded
+    int outputRate = 0;          ///< frames per second of what is delivered
+    int channels = 0;            ///< of what is delivered; 0 to leave everything as it is decoded
+    std::uint64_t speakers = 0;  ///< theirs, as in platform::AudioFormat
     std::shared_ptr<const PacketIndex> index = nullptr;  ///< with Clock::durations, if any
 
     friend bool operator==(const Plan&, const Plan&) = default;

@@ -9,6 +9,7 @@
 #include "song/decoding/PCMBuffer.h"
 #include "song/decoding/Samples.h"
 #include "song/file/Errors.h"
+#include "song/formats/Speakers.h"
 
 namespace quibel::song {
 
@@ -58,8 +59,10 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
   const AVStream& stream = demuxer.stream();
   const AVCodecParameters& codec = *stream.codecpar;
   const std::string_view name(demuxer.format().iformat->name);
-  PcmLayout layout{
-      .codec = codec.codec_id, .channels = codec.ch_layout.nb_channels, .rate = codec.sample_rate};
+  PcmLayout layout{.codec = codec.codec_id,
+                   .channels = codec.ch_layout.nb_channels,
+                   .speakers = speakersOf(codec.ch_layout),
+                   .rate = codec.sample_rate};
   const std::int64_t frameSize = frameSizeOf(layout);
   const auto head = rangeOfPackets(*input, demuxer, 1);
   if (!head) return std::unexpected(head.error());
@@ -89,7 +92,9 @@ platform::Result<std::unique_ptr<platform::AudioFile>> PcmAudioFile::open(
 
 PcmAudioFile::PcmAudioFile(std::shared_ptr<Input> input, const PcmLayout& layout)
     : input_(std::move(input)),
-      format_{static_cast<double>(layout.rate), static_cast<std::uint32_t>(layout.channels)},
+      format_{.sampleRate = static_cast<double>(layout.rate),
+              .channelCount = static_cast<std::uint32_t>(layout.channels),
+              .speakers = layout.speakers},
       codec_(layout.codec),
       frameSize_(frameSizeOf(layout)),
       dataBegin_(layout.begin),

@@ -4,7 +4,9 @@
 #include <array>
 #include <new>
 #include <span>
+#include <vector>
 
+#include "platform/StereoMix.h"
 #include "song/file/Errors.h"
 
 namespace quibel::song {
@@ -35,6 +37,14 @@ ResamplerPointer tryEngine(const RateConverter::Form& from, const RateConverter:
   av_channel_layout_uninit(&toLayout);
   ResamplerPointer resampler(created);
   if (code < 0) throw std::bad_alloc();
+  if (from.channels > 2 && to.channels == 2) {
+    const auto gains =
+        platform::stereoMix({.sampleRate = static_cast<double>(from.rate),
+                             .channelCount = static_cast<std::uint32_t>(from.channels),
+                             .speakers = from.speakers});
+    const std::vector<double> matrix(gains.begin(), gains.end());
+    if (swr_set_matrix(resampler.get(), matrix.data(), from.channels) < 0) return nullptr;
+  }
   // Float samples are not kept below full scale unless that is asked for.
   if (av_opt_set_double(resampler.get(), "rematrix_maxval", 1.0, 0) < 0) return nullptr;
   for (const Setting& setting : settings) {

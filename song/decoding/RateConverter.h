@@ -14,12 +14,13 @@ class RateConverter {
   struct Form {
     int rate = 0;
     int channels = 0;
+    std::uint64_t speakers = 0;  ///< as in platform::AudioFormat
 
     friend bool operator==(const Form&, const Form&) = default;
   };
 
-  /// Mixing down keeps the centre and never exceeds full scale where the source
-  /// does not.
+  /// Stereo is mixed by platform::stereoMix. Mixing never exceeds full scale where the
+  /// source does not.
   static platform::Result<RateConverter> open(const Form& from, const Form& to);
 
   /// Converts `frames` frames, or with a null `in` delivers what is still inside.

@@ -24,9 +24,11 @@ constexpr std::uint32_t chunkFrames = 8192;
 platform::Result<void> exportRange(platform::AudioFile& song, const platform::TimeRange& range,
                                    const platform::FileURL& output, const std::stop_token& stop) {
   const platform::AudioFormat format = song.processingFormat();
-  const RateConverter::Form from{static_cast<int>(format.sampleRate),
-                                 static_cast<int>(format.channelCount)};
-  const RateConverter::Form to{outputRate(from.rate), outputChannels(from.channels)};
+  const RateConverter::Form from{.rate = static_cast<int>(format.sampleRate),
+                                 .channels = static_cast<int>(format.channelCount),
+                                 .speakers = format.speakers};
+  const RateConverter::Form to{.rate = outputRate(from.rate),
+                               .channels = outputChannels(from.channels)};
   const Fragment fragment = fragmentOf(range, song.length(), from.rate, to.rate);
   if (fragment.outputFrames == 0) return std::unexpected(makeError(Failure::emptyRange));
 

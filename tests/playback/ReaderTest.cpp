@@ -11,7 +11,7 @@ namespace {
 
 // Two threads count their jumps under one lock and hand them over after it.
 TEST(Reader, AJumpThatComesBehindALaterOneIsNotMade) {
-  const Downmix downmix(1, 1);
+  const Downmix downmix({1'000, 1}, 1);
   PassageSlots passages(1, 1'000);
   Reader decoder(std::make_unique<SyntheticSong>(platform::AudioFormat{1'000, 1}, 10'000,
                                                  [](std::int64_t, std::uint32_t) { return 1.0F; }),

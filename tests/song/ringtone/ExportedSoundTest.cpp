@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/StereoMix.h"
 #include "tests/song/Boxes.h"
 #include "tests/song/ringtone/ExportFixture.h"
 
@@ -149,6 +150,30 @@ TEST_F(Export, DownmixKeepsTheCentreAndDoesNotClip) {
   result = readAll(exported(wav(source), 0, 1));
   for (const auto& channel : result.channels) {
     EXPECT_GT(level(channel, 10'000, 40'000), -20) << "the centre alone";
+  }
+}
+
+TEST_F(Export, EveryChannelIsExportedAsItIsHeard) {
+  constexpr float amplitude = 0.5F;
+  for (const unsigned channels : {3U, 5U, 6U, 8U, 16U}) {
+    const auto gains = platform::stereoMix({.sampleRate = 44'100, .channelCount = channels});
+    for (const unsigned alone : {2U, channels - 1}) {
+      Sound source = sine(44'100, static_cast<int>(channels), 22'050, 440, amplitude);
+      for (unsigned channel = 0; channel < channels; ++channel) {
+        if (channel != alone) std::ranges::fill(source.channels[channel], 0.0F);
+      }
+      const Sound result = readAll(exported(wav(source), 0, 0.5));
+      for (const std::size_t side : {0U, 1U}) {
+        const double gain = double{gains[side * channels + alone]};
+        const double heard = level(result.channels[side], 5'000, 17'000);
+        if (gain > 0) {
+          EXPECT_NEAR(heard, 20 * std::log10(double{amplitude} * gain / std::sqrt(2)), 0.1)
+              << alone << " of " << channels << ", side " << side;
+        } else {
+          EXPECT_LT(heard, -60) << alone << " of " << channels << ", side " << side;
+        }
+      }
+    }
   }
 }
 
