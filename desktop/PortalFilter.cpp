@@ -17,6 +17,9 @@ void registerPortalFilter() {
   qDBusRegisterMetaType<QList<PortalFilter>>();
 }
 
+// As Qt declares such operators.
+// NOLINTBEGIN(bugprone-return-const-ref-from-parameter)
+
 QDBusArgument& operator<<(QDBusArgument& argument, const PortalPattern& pattern) {
   argument.beginStructure();
   argument << pattern.kind << pattern.text;
@@ -44,5 +47,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalFilter& fil
   argument.endStructure();
   return argument;
 }
+
+// NOLINTEND(bugprone-return-const-ref-from-parameter)
 
 }  // namespace quibel::desktop
