@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <expected>
 #include <optional>
@@ -188,6 +189,17 @@ Result<void> LocalFileManager::copyItem(const FileURL& from, const FileURL& to) 
   if (auto closed = target.close(); !closed) return closed;
 
   written->keep();
+  return {};
+}
+
+Result<void> LocalFileManager::moveItem(const FileURL& from, const FileURL& to) {
+  const char* const old = from.path().c_str();
+  const char* const wanted = to.path().c_str();
+  if (::renameat2(AT_FDCWD, old, AT_FDCWD, wanted, RENAME_NOREPLACE) == 0) return {};
+  // Network and user-space file systems know renaming alone.
+  if (errno != EINVAL && errno != ENOSYS) return failure();
+  if (fileExists(to)) return failure(EEXIST);
+  if (::rename(old, wanted) != 0) return failure();
   return {};
 }
 

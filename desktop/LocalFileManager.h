@@ -20,6 +20,8 @@ class LocalFileManager final : public platform::FileManager {
   /// The copy's permissions are those of any new file: what the umask leaves.
   platform::Result<void> copyItem(const platform::FileURL& from,
                                   const platform::FileURL& to) override;
+  platform::Result<void> moveItem(const platform::FileURL& from,
+                                  const platform::FileURL& to) override;
 };
 
 }  // namespace quibel::desktop

@@ -227,10 +227,24 @@ void AudioEditorModel::finishExport(const PendingExport& pending) {
 platform::Result<void> AudioEditorModel::save(const platform::FileURL& temporaryURL,
                                               const platform::FileURL& destination) {
   auto& files = platform_.fileManager();
-  if (files.fileExists(destination)) {
-    if (auto removed = files.removeItem(destination); !removed) return removed;
+  if (!files.fileExists(destination)) return files.copyItem(temporaryURL, destination);
+
+  // The old file is given up only when the new one is whole on the same disk.
+  const auto beside = platform::FileURL(destination.path().parent_path())
+                          .appendingPathComponent(replacementName(platform_.uuidString()));
+  if (auto copied = files.copyItem(temporaryURL, beside); !copied) return copied;
+  if (auto removed = files.removeItem(destination); !removed) {
+    // One that cannot be removed either is whole, and its name says what it is.
+    static_cast<void>(files.removeItem(beside));
+    return removed;
   }
-  return files.copyItem(temporaryURL, destination);
+  if (auto moved = files.moveItem(beside, destination); !moved) {
+    return std::unexpected(
+        platform::Error(moved.error().localizedDescription() +
+                        " El tono nuevo está en la misma carpeta con el nombre «" +
+                        beside.lastPathComponent() + "»."));
+  }
+  return {};
 }
 
 }  // namespace quibel

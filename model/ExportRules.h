@@ -11,6 +11,10 @@ namespace quibel {
 /// Only the last extension is replaced.
 std::string proposedFileName(const platform::FileURL& song);
 
+/// The name of a ringtone while it waits to replace one of the wanted name, in the same
+/// folder: whoever finds it knows what it is.
+std::string replacementName(const std::string& uuid);
+
 /// The part of the song that a fragment exports: from `start` on, `end` − `start`
 /// seconds but at most `maximumDuration`, in units of 1/600 s.
 platform::TimeRange exportTimeRange(double start, double end, double maximumDuration);

@@ -23,6 +23,10 @@ class FileManager {
   /// Copies one file to a name that is free: all of it, or nothing. An error
   /// leaves no file behind at `to`.
   virtual Result<void> copyItem(const FileURL& from, const FileURL& to) = 0;
+
+  /// Gives a file another name on the same disk, one that is free, in one step. An error
+  /// leaves it where it was.
+  virtual Result<void> moveItem(const FileURL& from, const FileURL& to) = 0;
 };
 
 }  // namespace quibel::platform

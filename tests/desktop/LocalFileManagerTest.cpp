@@ -77,6 +77,21 @@ TEST_F(LocalFiles, ACopyFollowsNoLinkAtItsDestination) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "elsewhere"));
 }
 
+TEST_F(LocalFiles, AMovedFileHasItsNewNameAlone) {
+  const auto from = folder.write("from", "nuevo");
+  ASSERT_EQ(failureOf(files.moveItem(from, folder.url("to"))), "");
+  EXPECT_EQ(contentsOf(folder.url("to")), "nuevo");
+  EXPECT_FALSE(files.fileExists(from));
+}
+
+TEST_F(LocalFiles, AMoveNeverReplacesWhatIsThere) {
+  const auto from = folder.write("from", "nuevo");
+  const auto to = folder.write("to", "viejo");
+  EXPECT_EQ(failureOf(files.moveItem(from, to)), "Ya existe un archivo con ese nombre.");
+  EXPECT_EQ(contentsOf(to), "viejo");
+  EXPECT_EQ(contentsOf(from), "nuevo");
+}
+
 TEST_F(LocalFiles, OnlyAFileCanBeCopied) {
   const auto to = folder.url("to");
   EXPECT_EQ(failureOf(files.copyItem(folder.url("missing"), to)),

@@ -172,4 +172,11 @@ extern "C" int unlink(const char* path) noexcept {
   return notePath("unlink", path) ? -1 : real(path);
 }
 
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned flags) noexcept {
+  static auto* const real =
+      original<int(int, const char*, int, const char*, unsigned)>("renameat2");
+  return notePath("renameat2", to) ? -1 : real(fromFolder, from, toFolder, to, flags);
+}
+
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)

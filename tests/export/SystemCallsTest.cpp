@@ -47,6 +47,11 @@ struct EveryCall : testing::Test {
   /// Exports with the plan; the call that it was for, or "" beyond the last one.
   std::string exportWith(const CallPlan& plan) {
     std::filesystem::remove(tone);
+    return replaceWith(plan);
+  }
+
+  /// The same, over whatever has the ringtone's name.
+  std::string replaceWith(const CallPlan& plan) {
     workshop.model->showAlertBinding().set(false);
     const SystemCalls calls(workshop.folder(), plan);
     workshop.exportTo(tone);
@@ -106,6 +111,27 @@ INSTANTIATE_TEST_SUITE_P(Errors, EveryFailure, testing::Values(EIO, ENOSPC),
                            return parameter.param == EIO ? "BrokenDisk" : "FullDisk";
                          });
 
+TEST_P(EveryFailure, KeepsTheOldRingtoneOrTheNewOne) {
+  const std::vector<std::uint8_t> old{1, 2, 3};
+  for (std::size_t number = 1;; ++number) {
+    std::filesystem::remove(tone);
+    writeBytes(tone, old);
+    const std::string call = replaceWith({number, Fate::fails, GetParam()});
+    if (call.empty()) break;
+    SCOPED_TRACE(std::to_string(number) + ": " + call);
+    auto names = Workshop::namesIn(workshop.home());
+    std::erase(names, "canción.wav");
+    ASSERT_THAT(names, testing::SizeIs(1));
+    const auto left = readBytes(workshop.file(names.front()));
+    EXPECT_TRUE(left == (isSaved(workshop) || call == "renameat2 .m4r" ? whole : old));
+    if (names.front() == "tono.m4r") continue;
+    EXPECT_THAT(workshop.alert(), testing::HasSubstr("«" + names.front() + "»"));
+    std::filesystem::remove(workshop.file(names.front()));
+  }
+  EXPECT_TRUE(isSaved(workshop)) << "and without a failure all is well";
+  EXPECT_TRUE(readBytes(tone) == whole);
+}
+
 class EveryReadAndWrite : public EveryCall, public testing::WithParamInterface<Fate> {};
 
 TEST_P(EveryReadAndWrite, IsContinued) {
@@ -164,6 +190,45 @@ TEST(SuddenEnd, LeavesTheSongAndAtMostATemporaryFileOrTheWholeRingtone) {
   // The last one was left alone: every ringtone there was is as long as its.
   ASSERT_FALSE(sizes.empty());
   EXPECT_THAT(sizes, testing::Each(sizes.back()));
+}
+
+TEST(SuddenEnd, LeavesTheOldRingtoneOrTheWholeNewOne) {
+  Workshop workshop;
+  const int unnamed = ::open(workshop.home().c_str(), O_WRONLY | O_TMPFILE, 0600);
+  if (unnamed < 0) GTEST_SKIP() << "a file must have a name here from the beginning";
+  ::close(unnamed);
+  workshop.load(workshop.writeSong(seconds));
+  const auto whole = ringtoneOf(workshop);
+  const auto tone = workshop.file("tono.m4r");
+  const std::vector<std::uint8_t> old{1, 2, 3};
+  bool ended = true;
+  for (std::size_t number = 1; ended; ++number) {
+    for (const auto& name : Workshop::namesIn(workshop.home())) {
+      if (name.ends_with(".m4r")) std::filesystem::remove(workshop.file(name));
+    }
+    writeBytes(tone, old);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      const SystemCalls calls(workshop.folder(), {number, Fate::endsTheProgram});
+      workshop.exportTo(tone);
+      ::_exit(isSaved(workshop) ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ended = WIFSIGNALED(status);
+    auto names = Workshop::namesIn(workshop.home());
+    std::erase(names, "canción.wav");
+    // Beside the old one the new one may be, and then it is whole.
+    ASSERT_FALSE(names.empty()) << number;
+    for (const auto& name : names) {
+      const auto bytes = readBytes(workshop.file(name));
+      EXPECT_TRUE(bytes == whole || (name == "tono.m4r" && bytes == old)) << number << ": " << name;
+    }
+    for (const auto& left : Workshop::namesIn(workshop.temporary()))
+      std::filesystem::remove(workshop.temporary() / left);
+  }
+  EXPECT_TRUE(readBytes(tone) == whole);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ using testing::IsEmpty;
 
 constexpr auto destination = "/home/ana/Mi canción.m4r";
 constexpr auto temporary = "/tmp/UUID-1.m4a";
+constexpr auto beside = "/home/ana/Tono nuevo UUID-2.m4r";
 
 class ExportTest : public ModelTest {
  protected:
@@ -215,7 +216,7 @@ TEST_F(ExportTest, SuccessCopiesNamesRevealsThenCleansUp) {
   EXPECT_FALSE(model->showAlert());
 }
 
-TEST_F(ExportTest, ExistingDestinationIsRemovedThenReplaced) {
+TEST_F(ExportTest, ExistingDestinationIsRemovedOnceTheNewFileIsWholeBesideIt) {
   startExport();
   machine.files.existing.insert(destination);
   machine.journal.entries.clear();
@@ -224,9 +225,11 @@ TEST_F(ExportTest, ExistingDestinationIsRemovedThenReplaced) {
 
   EXPECT_THAT(
       machine.journal.entries,
-      ElementsAre(std::string("remove ") + destination,
-                  std::string("copy ") + temporary + " to " + destination,
+      ElementsAre(std::string("copy ") + temporary + " to " + beside,
+                  std::string("remove ") + destination,
+                  std::string("move ") + beside + " to " + destination,
                   std::string("reveal ") + destination, std::string("remove ") + temporary));
+  EXPECT_TRUE(machine.files.existing.contains(destination));
 }
 
 TEST_F(ExportTest, SuccessStatusHasTheFileNameWithoutItsFolder) {
@@ -235,7 +238,7 @@ TEST_F(ExportTest, SuccessStatusHasTheFileNameWithoutItsFolder) {
   EXPECT_EQ(model->status(), "Tono guardado: Mi canción.m4r");
 }
 
-TEST_F(ExportTest, FailureToRemoveTheOldFileIsReportedAndNothingIsCopied) {
+TEST_F(ExportTest, FailureToRemoveTheOldFileIsReportedAndTheNewOneIsGivenUp) {
   startExport();
   machine.files.existing.insert(destination);
   machine.files.removeError = platform::Error("No tienes permiso.");
@@ -246,8 +249,24 @@ TEST_F(ExportTest, FailureToRemoveTheOldFileIsReportedAndNothingIsCopied) {
   EXPECT_EQ(model->alertText(), "No se ha podido guardar el tono. No tienes permiso.");
   EXPECT_EQ(model->status(), "");
   EXPECT_FALSE(model->isExporting());
-  EXPECT_THAT(machine.journal.entries, ElementsAre(std::string("remove ") + destination,
-                                                   std::string("remove ") + temporary));
+  EXPECT_THAT(machine.journal.entries,
+              ElementsAre(std::string("copy ") + temporary + " to " + beside,
+                          std::string("remove ") + destination, std::string("remove ") + beside,
+                          std::string("remove ") + temporary));
+}
+
+TEST_F(ExportTest, FailureToMoveSaysWhereTheNewFileIs) {
+  startExport();
+  machine.files.existing.insert(destination);
+  machine.files.moveError = platform::Error("El disco ha fallado.");
+
+  finish(ExportStatus::completed);
+
+  EXPECT_EQ(model->alertText(),
+            "No se ha podido guardar el tono. El disco ha fallado. El tono nuevo está en la misma "
+            "carpeta con el nombre «Tono nuevo UUID-2.m4r».");
+  EXPECT_TRUE(machine.files.existing.contains(beside));
+  EXPECT_EQ(model->status(), "");
 }
 
 TEST_F(ExportTest, FailureToCopyIsReportedWithoutReveal) {
@@ -259,7 +278,7 @@ TEST_F(ExportTest, FailureToCopyIsReportedWithoutReveal) {
 
   EXPECT_EQ(model->alertText(), "No se ha podido guardar el tono. El disco está lleno.");
   EXPECT_EQ(model->status(), "");
-  EXPECT_FALSE(machine.files.existing.contains(destination));
+  EXPECT_TRUE(machine.files.existing.contains(destination)) << "the old one";
   EXPECT_TRUE(temporaryFileIsGone());
   EXPECT_THAT(machine.journal.entries,
               testing::Not(testing::Contains(testing::StartsWith("reveal"))));

@@ -176,6 +176,15 @@ platform::Result<void> FileManager::copyItem(const platform::FileURL& from,
   return {};
 }
 
+platform::Result<void> FileManager::moveItem(const platform::FileURL& from,
+                                             const platform::FileURL& to) {
+  journal_.record("move " + from.path().string() + " to " + to.path().string());
+  if (moveError) return std::unexpected(*moveError);
+  existing.erase(from.path().string());
+  existing.insert(to.path().string());
+  return {};
+}
+
 Platform::~Platform() {
   for (const auto& session : sessions) session->abandon();
 }

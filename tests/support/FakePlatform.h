@@ -119,10 +119,13 @@ class FileManager final : public platform::FileManager {
   platform::Result<void> removeItem(const platform::FileURL& url) override;
   platform::Result<void> copyItem(const platform::FileURL& from,
                                   const platform::FileURL& to) override;
+  platform::Result<void> moveItem(const platform::FileURL& from,
+                                  const platform::FileURL& to) override;
 
   std::set<std::string> existing;
   std::optional<platform::Error> removeError;
   std::optional<platform::Error> copyError;
+  std::optional<platform::Error> moveError;
 
  private:
   Journal& journal_;
