@@ -118,7 +118,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> DesktopPlatform::openAudi
   return withoutExceptions([&]() -> platform::Result<std::unique_ptr<platform::AudioFile>> {
     const auto media = media_.load();
     if (!media) return std::unexpected(media.error());
-    // Who opens a song soon listens to it.
+    // Connect early: playback usually follows.
     (*media)->warmUp();
     return (*media)->openAudioFile(url, stop_.get_token());
   });

@@ -25,16 +25,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto header = song::readFirstMpegHeader(*input);
   const auto index = song::indexMpegPackets(*input, 0);
   if (header && index) {
-    static_cast<void>(song::mpegExtent(index->packets, header->frames, tag));
+    static_cast<void>(song::mpegRange(index->packets, header->frames, tag));
   }
 
   static_cast<void>(song::readOggLinks(*input));
   for (const int stream : {0, 1}) static_cast<void>(song::readOggGranules(*input, stream));
 
   if (const auto times = song::readMovieTimes(*input, 1)) {
-    const song::Extent counted{.length = 88'200};
-    static_cast<void>(song::movieExtent(
-        counted, {times->movieTimescale, times->mediaTimescale, times->edits, std::nullopt},
+    const song::SongRange totals{.length = 88'200};
+    static_cast<void>(song::movieRange(
+        totals, {times->movieTimescale, times->mediaTimescale, times->edits, std::nullopt},
         44'100));
   }
   return 0;

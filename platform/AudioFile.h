@@ -73,8 +73,8 @@ class AudioFile {
   virtual Result<void> seek(std::int64_t frame) = 0;
 
   /// Another reader of the same song, at its first frame. Null where there is none, or
-  /// none that seeks without decoding all before. Called in the thread that will read
-  /// it, while this one is read in its own: where it is opened, its memory comes from.
+  /// none that seeks without decoding all before. Call it on the thread
+  /// that will read it, while this one is read on its own: malloc arenas are per thread.
   virtual std::unique_ptr<AudioFile> anotherReader() const { return nullptr; }
 };
 

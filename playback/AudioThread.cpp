@@ -92,7 +92,7 @@ void AudioThread::post(Task task) {
 
 void AudioThread::run() {
   // The sound output's own threads are started from here, with this priority.
-  runBeforeOtherWork();
+  requestRealTimePriority();
   {
     OutputDevice device(connect_);
     Players players;

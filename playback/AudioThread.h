@@ -16,7 +16,7 @@
 namespace quibel::playback {
 
 /// The one thread that talks to the sound output. It lives on by itself while
-/// the sound server keeps it waiting, so that nobody else has to wait.
+/// the sound server keeps it waiting, so that no other thread waits.
 class AudioThread : public std::enable_shared_from_this<AudioThread> {
  public:
   static std::shared_ptr<AudioThread> start(Connect connect);

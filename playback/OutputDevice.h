@@ -10,10 +10,10 @@
 namespace quibel::playback {
 
 /// The connection to the sound output, made when it is first needed and made
-/// anew when it proves to be dead, at most once a second. Audio thread only.
+/// again when it proves to be dead, at most once a second. Audio thread only.
 class OutputDevice {
  public:
-  /// `now` tells the time, for tests that step it.
+  /// `now` reports the time, for tests that step it.
   explicit OutputDevice(Connect connect, std::function<Clock::time_point()> now = Clock::now);
 
   /// Fails at once, with the last attempt's error, within a second of it.

@@ -11,7 +11,7 @@ constexpr int priority = 5;
 
 }  // namespace
 
-void runBeforeOtherWork() {
+void requestRealTimePriority() {
   sched_param parameters{};
   parameters.sched_priority = priority;
   static_cast<void>(::pthread_setschedparam(::pthread_self(), SCHED_RR, &parameters));

@@ -6,6 +6,6 @@ namespace quibel::playback {
 /// machine's other work, as the sound server's own threads do: with 40 ms of
 /// sound queued, a busy machine would otherwise wake them too late to add to it.
 /// Changes nothing where the system does not allow it.
-void runBeforeOtherWork();
+void requestRealTimePriority();
 
 }  // namespace quibel::playback

@@ -12,7 +12,7 @@
 
 namespace quibel::song {
 
-/// Several songs one behind the other in one file, as one song in the first
+/// Several songs one after the other in one file, as one song in the first
 /// one's form.
 class ChainedAudioFile final : public platform::AudioFile {
  public:

@@ -48,7 +48,7 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
     const bool isMerelyEmpty = !source->anyPacket() && codec.sample_rate > 0 && plan.channels > 0;
     if (!isMerelyEmpty) return std::unexpected(makeError(Failure::damaged));
     return std::unique_ptr<platform::AudioFile>(
-        new CodedAudioFile(std::move(input), std::move(*source), plan, Extent{}));
+        new CodedAudioFile(std::move(input), std::move(*source), plan, SongRange{}));
   }
 
   // The first frame tells the form of what is delivered: a codec may double
@@ -62,26 +62,26 @@ platform::Result<std::unique_ptr<platform::AudioFile>> CodedAudioFile::open(
   plan.outputRate = frame.sample_rate;
   plan.channels = channels;
   plan.speakers = speakersOf(frame.ch_layout);
-  const auto extent = measure(input, *source, plan, length);
-  if (!extent) return std::unexpected(extent.error());
-  plan.clock = extent->clock;
-  plan.index = extent->index;
+  const auto range = measure(input, *source, plan, length);
+  if (!range) return std::unexpected(range.error());
+  plan.clock = range->clock;
+  plan.index = range->index;
   if (plan != opened) {
     source = openSource(input, plan);
     if (!source) return std::unexpected(source.error());
   }
   std::unique_ptr<CodedAudioFile> file(
-      new CodedAudioFile(std::move(input), std::move(*source), plan, *extent));
+      new CodedAudioFile(std::move(input), std::move(*source), plan, *range));
   // The frame that told the form is the first to be delivered.
   if (plan == opened) file->adoptBlock();
   return file;
 }
 
 CodedAudioFile::CodedAudioFile(std::shared_ptr<Input> input, FrameSource source,
-                               const FrameSource::Plan& plan, const Extent& extent)
+                               const FrameSource::Plan& plan, const SongRange& range)
     : input_(std::move(input)),
       plan_(plan),
-      extent_(extent),
+      range_(range),
       seeks_(source.seeks()),
       source_(std::move(source)) {}
 
@@ -97,7 +97,7 @@ std::unique_ptr<platform::AudioPCMBuffer> CodedAudioFile::makeBuffer(
 }
 
 void CodedAudioFile::adoptBlock() {
-  blockBegin_ = source_.position() - extent_.origin;
+  blockBegin_ = source_.position() - range_.origin;
   blockEnd_ = blockBegin_ + source_.frame().nb_samples;
 }
 
@@ -153,7 +153,7 @@ platform::Result<void> CodedAudioFile::seek(std::int64_t frame) try {
   frame = std::clamp<std::int64_t>(frame, 0, length());
   const bool isInBlock = !ended_ && blockBegin_ <= frame && frame < blockEnd_;
   if (frame != position_ && !isInBlock) {
-    if (!source_.seek(extent_.origin + frame)) {
+    if (!source_.seek(range_.origin + frame)) {
       if (const auto reason = input_->failure()) return std::unexpected(*reason);
       auto source = openSource(input_, plan_);
       if (!source) return std::unexpected(source.error());
@@ -174,7 +174,7 @@ std::unique_ptr<platform::AudioFile> CodedAudioFile::anotherReader() const try {
   auto source = openSource(input, plan_);
   if (!source) return nullptr;
   return std::unique_ptr<platform::AudioFile>(
-      new CodedAudioFile(std::move(input), std::move(*source), plan_, extent_));
+      new CodedAudioFile(std::move(input), std::move(*source), plan_, range_));
 } catch (const std::bad_alloc&) {
   return nullptr;
 }

@@ -5,7 +5,7 @@
 #include "platform/AudioFile.h"
 #include "song/decoding/FrameSource.h"
 #include "song/decoding/Length.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 
@@ -16,7 +16,7 @@ class CodedAudioFile final : public platform::AudioFile {
   static platform::Result<std::unique_ptr<platform::AudioFile>> open(
       std::shared_ptr<Input> input, std::unique_ptr<Demuxer> demuxer, Length length);
 
-  std::int64_t length() const override { return extent_.length; }
+  std::int64_t length() const override { return range_.length; }
   platform::AudioFormat processingFormat() const override;
   std::int64_t framePosition() const override { return position_; }
   std::unique_ptr<platform::AudioPCMBuffer> makeBuffer(std::uint32_t frameCapacity) const override;
@@ -26,7 +26,7 @@ class CodedAudioFile final : public platform::AudioFile {
 
  private:
   CodedAudioFile(std::shared_ptr<Input> input, FrameSource source, const FrameSource::Plan& plan,
-                 const Extent& extent);
+                 const SongRange& range);
 
   platform::Result<void> advance();
   void adoptBlock();
@@ -34,7 +34,7 @@ class CodedAudioFile final : public platform::AudioFile {
   // What other threads see, in anotherReader(), stays as it is.
   const std::shared_ptr<Input> input_;
   const FrameSource::Plan plan_;
-  const Extent extent_;
+  const SongRange range_;
   const bool seeks_;
 
   FrameSource source_;

@@ -90,9 +90,9 @@ FrameSource::Fed FrameSource::feed() {
   }
   packetIsPending_ = false;
   const auto duration = clock_.duration().value_or(0);
-  // Behind a loss the decoder begins anew, as it would behind a seek to there. Less than
-  // a packet is none, but times that a recorder took from a clock. Vorbis forgets what was
-  // before by itself, in a block.
+  // After a loss the decoder starts again, as it would after a seek to there. Gaps
+  // shorter than a packet are timestamp jitter. Vorbis forgets what was before by itself,
+  // within a block.
   const bool isVorbis = demuxer_->stream().codecpar->codec_id == AV_CODEC_ID_VORBIS;
   const bool isLoss = pendingPosition_ && sentEnd_ && *pendingPosition_ > *sentEnd_ &&
                       *pendingPosition_ >= *sentEnd_ + duration;

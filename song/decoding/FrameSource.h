@@ -8,7 +8,7 @@
 #include "song/decoding/Demuxer.h"
 #include "song/decoding/SectionConverter.h"
 #include "song/formats/Codecs.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 
@@ -34,7 +34,7 @@ class PacketClock {
   /// With Clock::durations: the next packet begins at a position.
   void restart(std::int64_t position) { next_ = position; }
 
-  /// Frames of the packet that position() was last asked about, where it tells them.
+  /// Frames of the packet that position() was last asked about, if it states them.
   std::optional<std::int64_t> duration() const { return duration_; }
 
  private:
@@ -76,7 +76,7 @@ class FrameSource {
                                             std::unique_ptr<Demuxer> demuxer, const Plan& plan);
 
   /// Decodes on to the next frame. An error is one of reading (Input::failure
-  /// tells it); packets that do not decode are passed over.
+  /// states it); packets that do not decode are passed over.
   Status next();
 
   /// The frame that next() delivered, valid until it is called again.

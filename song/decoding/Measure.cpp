@@ -23,8 +23,8 @@ namespace {
 
 constexpr std::int64_t allPackets = std::numeric_limits<std::int64_t>::max();
 
-FileCache<Extent>& cache() {
-  static FileCache<Extent> instance;
+FileCache<SongRange>& cache() {
+  static FileCache<SongRange> instance;
   return instance;
 }
 
@@ -41,13 +41,13 @@ class Measurement {
         codec_(*stream_.codecpar),
         container_(opened.demuxer().format().iformat->name) {}
 
-  platform::Result<Extent> extent() {
-    auto found = countedExtent();
+  platform::Result<SongRange> range() {
+    auto found = countedRange();
     if (found && isMovie()) return applyMovieTimes(*found);
     return found;
   }
 
-  /// Of what extent() found.
+  /// Of what range() found.
   bool isExact() const { return isExact_; }
 
  private:
@@ -62,28 +62,28 @@ class Measurement {
            (codec_.codec_id == AV_CODEC_ID_VORBIS || codec_.codec_id == AV_CODEC_ID_OPUS);
   }
 
-  platform::Result<Extent> countedExtent() {
-    if (plan_.clock == Clock::decoding) return decodedExtent();
+  platform::Result<SongRange> countedRange() {
+    if (plan_.clock == Clock::decoding) return decodedRange();
     if (isMovie() || container_ == "ape") {
-      if (const auto indexed = indexExtent()) return *indexed;
+      if (const auto indexed = indexRange()) return *indexed;
     }
     if (container_ == "mp3") {
-      if (const auto unbroken = mpegFileExtent()) return *unbroken;
+      if (const auto unbroken = mpegFileRange()) return *unbroken;
       // Frames were lost: their places follow from what is left of them.
       plan_.clock = Clock::durations;
     }
     if (container_ == "flac") {
-      const auto ending = flacExtent();
+      const auto ending = flacRange();
       if (!ending) return std::unexpected(ending.error());
       if (*ending) return **ending;
     }
     if (isGranular()) granules_ = readOggGranules(*input_, stream_.index);
-    return packetExtent();
+    return packetRange();
   }
 
   // The index of an MP4 or Monkey's Audio file that is all there. Fragments of MP4 are
   // not in it.
-  std::optional<Extent> indexExtent() const {
+  std::optional<SongRange> indexRange() const {
     // Reading the index does not change the stream, but takes it as one that could.
     auto* const stream = const_cast<AVStream*>(&stream_);
     const int entries = avformat_index_get_entries_count(stream);
@@ -98,10 +98,10 @@ class Measurement {
     const std::int64_t first = avformat_index_get_entry(stream, 0)->timestamp;
     const std::int64_t last = avformat_index_get_entry(stream, entries - 1)->timestamp;
     if (last < first || last - first >= stream_.duration) return std::nullopt;
-    return Extent{plan_.clock, inFrames(first), inFrames(stream_.duration)};
+    return SongRange{plan_.clock, inFrames(first), inFrames(stream_.duration)};
   }
 
-  std::optional<Extent> mpegFileExtent() const {
+  std::optional<SongRange> mpegFileRange() const {
     const auto header = readFirstMpegHeader(*input_);
     const std::int64_t begin = opened_.firstPacketPosition();
     auto index = indexMpegPackets(*input_, begin);
@@ -109,7 +109,7 @@ class Measurement {
     const auto tag = readMpegTag(*input_);
     // FFmpeg takes a tag that does not stand where it expects one for sound.
     const int decodedTags = tag && tag->position == begin ? 1 : 0;
-    Extent found = mpegExtent(index->packets - decodedTags, header->frames, tag);
+    SongRange found = mpegRange(index->packets - decodedTags, header->frames, tag);
     found.origin += std::int64_t{decodedTags} * header->frames;
     // FFmpeg finds a place only by reading everything before it.
     found.clock = Clock::durations;
@@ -119,7 +119,7 @@ class Measurement {
 
   // FLAC's frames are numbered: if the last one ends where the file's header
   // says, there is nothing to count.
-  platform::Result<std::optional<Extent>> flacExtent() {
+  platform::Result<std::optional<SongRange>> flacRange() {
     if (stream_.duration <= 0 || !hasBytesFor(stream_.duration)) return std::nullopt;
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
@@ -127,13 +127,13 @@ class Measurement {
     PacketClock clock(Clock::timestamps, **demuxer, plan_.outputRate);
     const auto tail = countPackets(*input_, **demuxer, clock, allPackets);
     if (!tail) return std::unexpected(tail.error());
-    if (tail->changes || tail->packets == 0 || tail->counted.end != stream_.duration) {
+    if (tail->changes || tail->packets == 0 || tail->totals.end != stream_.duration) {
       return std::nullopt;
     }
-    return Extent{Clock::timestamps, 0, stream_.duration};
+    return SongRange{Clock::timestamps, 0, stream_.duration};
   }
 
-  platform::Result<Extent> packetExtent() {
+  platform::Result<SongRange> packetRange() {
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
     PacketClock clock(plan_.clock, **demuxer, plan_.outputRate);
@@ -148,9 +148,9 @@ class Measurement {
     const bool isBroken = plan_.clock == Clock::timestamps && count->leavesOutMost();
     // FLAC's packets tell their lengths themselves, all others' are the container's claim.
     const bool isClaim = codec_.codec_id != AV_CODEC_ID_FLAC &&
-                         !hasBytesFor(count->counted.packetEnd - count->counted.begin);
-    if (!count->isCountable || count->changes || isBroken || isClaim) return decodedExtent();
-    Extent found = granules_ ? oggExtent(*count, *granules_, byEnds) : plainExtent(*count);
+                         !hasBytesFor(count->totals.packetEnd - count->totals.begin);
+    if (!count->isCountable || count->changes || isBroken || isClaim) return decodedRange();
+    SongRange found = granules_ ? oggRange(*count, *granules_, byEnds) : plainRange(*count);
     found.clock = plan_.clock;
     if (stated) {
       found.length = *stated;
@@ -159,41 +159,41 @@ class Measurement {
     return found;
   }
 
-  Extent plainExtent(const PacketCount& count) const {
+  SongRange plainRange(const PacketCount& count) const {
     if (container_ == "mp3") {
-      const int packetFrames = static_cast<int>(count.counted.lastPacket);
+      const int packetFrames = static_cast<int>(count.totals.lastPacket);
       const auto header = readFirstMpegHeader(*input_);
       const int each = header ? header->frames : packetFrames;
-      return mpegExtent(count.durations / std::max(each, 1), each, readMpegTag(*input_));
+      return mpegRange(count.durations / std::max(each, 1), each, readMpegTag(*input_));
     }
-    Counted counted = count.counted;
-    counted.skip = std::max<std::int64_t>(
-        {counted.skip, codec_.initial_padding, paddingOf(opened_.decodedFrame()).skip});
+    PacketTotals totals = count.totals;
+    totals.skip = std::max<std::int64_t>(
+        {totals.skip, codec_.initial_padding, paddingOf(opened_.decodedFrame()).skip});
     // Edit lists are applied afterwards.
-    if (isMovie()) counted.skip = 0;
-    if (container_ == "caf") trimToCafPackets(counted);
+    if (isMovie()) totals.skip = 0;
+    if (container_ == "caf") trimToCafPackets(totals);
     std::optional<std::int64_t> headerLength;
     if (isLengthStated() && stream_.duration > 0 && codec_.codec_id != AV_CODEC_ID_FLAC) {
       headerLength = inFrames(stream_.duration);
     }
-    return extentOf(counted, headerLength);
+    return songRangeOf(totals, headerLength);
   }
 
   // Only a table that has all the frames there are is one of this stream.
-  void trimToCafPackets(Counted& counted) const {
+  void trimToCafPackets(PacketTotals& totals) const {
     const auto packets = readCafPackets(*input_);
-    const std::int64_t frames = counted.packetEnd - counted.begin;
+    const std::int64_t frames = totals.packetEnd - totals.begin;
     if (!packets || packets->song <= 0 || packets->song > frames || packets->priming > frames ||
         packets->song + packets->priming + packets->remainder != frames) {
       return;
     }
-    counted.skip = packets->priming;
-    counted.end = counted.packetEnd - packets->remainder;
+    totals.skip = packets->priming;
+    totals.end = totals.packetEnd - packets->remainder;
   }
 
   // Granule positions are the truth about an Ogg stream's ends; the times that
   // FFmpeg makes of them give Vorbis' first packet a length that it has not.
-  Extent oggExtent(const PacketCount& count, const OggGranules& granules, bool byEnds) const {
+  SongRange oggRange(const PacketCount& count, const OggGranules& granules, bool byEnds) const {
     const bool isVorbis = codec_.codec_id == AV_CODEC_ID_VORBIS;
     const auto ended = std::min(count.firstDurations.size(),
                                 static_cast<std::size_t>(granules.packetsOnFirstPage));
@@ -201,23 +201,23 @@ class Measurement {
     const std::int64_t begin = firstGranule(
         granules, std::accumulate(onFirstPage.begin(), onFirstPage.end(), std::int64_t{0}));
     const std::int64_t position =
-        isVorbis ? count.secondPosition.value_or(count.counted.begin) : count.counted.begin;
+        isVorbis ? count.secondPosition.value_or(count.totals.begin) : count.totals.begin;
     const std::int64_t offset = position - begin;
 
-    Extent found;
+    SongRange found;
     found.origin = isVorbis ? std::max<std::int64_t>(begin, 0) : begin + codec_.initial_padding;
     std::int64_t end = granules.last;
-    if (!byEnds) end = std::min(end, count.counted.packetEnd - offset);
+    if (!byEnds) end = std::min(end, count.totals.packetEnd - offset);
     found.length = std::max<std::int64_t>(0, end - found.origin);
     found.origin += offset;
     return found;
   }
 
-  // Nothing but decoding it all tells this stream's length.
-  platform::Result<Extent> decodedExtent() {
+  // This stream's length is known only by decoding all of it.
+  platform::Result<SongRange> decodedRange() {
     const auto stated = statedLength();
     isExact_ = !stated;
-    if (stated) return Extent{Clock::decoding, 0, *stated};
+    if (stated) return SongRange{Clock::decoding, 0, *stated};
     return countFrames();
   }
 
@@ -238,7 +238,7 @@ class Measurement {
   }
 
   // The whole stream is decoded: its length is what comes out.
-  platform::Result<Extent> countFrames() const {
+  platform::Result<SongRange> countFrames() const {
     auto demuxer = Demuxer::open(input_);
     if (!demuxer) return std::unexpected(demuxer.error());
     FrameSource::Plan plan = plan_;
@@ -251,17 +251,17 @@ class Measurement {
       length = source->position() + source->frame().nb_samples;
     }
     if (status == FrameSource::Status::error) return std::unexpected(failureOf(*input_));
-    return Extent{Clock::decoding, 0, length};
+    return SongRange{Clock::decoding, 0, length};
   }
 
-  Extent applyMovieTimes(const Extent& found) const {
+  SongRange applyMovieTimes(const SongRange& found) const {
     const auto times = readMovieTimes(*input_, stream_.id);
     if (!times) return found;
     MovieTrack track{times->movieTimescale, times->mediaTimescale, times->edits, std::nullopt};
     const AVDictionaryEntry* note =
         av_dict_get(opened_.demuxer().format().metadata, "iTunSMPB", nullptr, 0);
     if (note != nullptr) track.gapless = parseGaplessInfo(note->value);
-    return movieExtent(found, track, plan_.outputRate);
+    return movieRange(found, track, plan_.outputRate);
   }
 
   std::int64_t inFrames(std::int64_t time) const {
@@ -281,13 +281,13 @@ class Measurement {
 
 }  // namespace
 
-platform::Result<Extent> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
-                                 const FrameSource::Plan& plan, Length length) {
+platform::Result<SongRange> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
+                                    const FrameSource::Plan& plan, Length length) {
   if (const auto known = cache().find(input->identity())) return *known;
   Measurement measurement(input, opened, plan, length);
-  auto extent = measurement.extent();
-  if (extent && measurement.isExact()) cache().store(input->identity(), *extent);
-  return extent;
+  auto range = measurement.range();
+  if (range && measurement.isExact()) cache().store(input->identity(), *range);
+  return range;
 }
 
 }  // namespace quibel::song

@@ -6,7 +6,7 @@
 #include "song/decoding/FrameSource.h"
 #include "song/decoding/Length.h"
 #include "song/file/Input.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 
@@ -16,8 +16,8 @@ namespace quibel::song {
 /// found exactly is remembered for the last few files.
 ///
 /// `opened` has delivered its first frame. The plan's clock is the one that the
-/// container suggests; the extent says which one is to be used.
-platform::Result<Extent> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
-                                 const FrameSource::Plan& plan, Length length);
+/// container suggests; the range says which one is to be used.
+platform::Result<SongRange> measure(const std::shared_ptr<Input>& input, const FrameSource& opened,
+                                    const FrameSource::Plan& plan, Length length);
 
 }  // namespace quibel::song

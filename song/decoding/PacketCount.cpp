@@ -53,7 +53,7 @@ platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
   const PacketPointer packet(av_packet_alloc());
   if (!packet) throw std::bad_alloc();
   PacketCount tally;
-  Counted& counted = tally.counted;
+  PacketTotals& totals = tally.totals;
   std::int64_t next = 0;
   std::optional<int> firstRate;
   Demuxer::Status status = demuxer.read(*packet);
@@ -70,8 +70,8 @@ platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
     if (!duration && !(isNumbered && clock.kind() == Clock::timestamps)) tally.isCountable = false;
     const Padding padding = paddingOf(*packet);
     if (tally.packets == 0) {
-      counted = {.begin = position, .skip = padding.skip, .end = position, .packetEnd = position};
-    } else if (beginsAnotherSection(*packet) || position < next - counted.lastPacket) {
+      totals = {.begin = position, .skip = padding.skip, .end = position, .packetEnd = position};
+    } else if (beginsAnotherSection(*packet) || position < next - totals.lastPacket) {
       tally.changes = true;
     }
     if (tally.packets == 1) tally.secondPosition = position;
@@ -79,9 +79,9 @@ platform::Result<PacketCount> countPackets(const Input& input, Demuxer& demuxer,
       tally.firstDurations.push_back(duration.value_or(0));
     }
     next = position + duration.value_or(0);
-    counted.end = std::max(counted.end, next - padding.discard);
-    counted.packetEnd = std::max(counted.packetEnd, next);
-    counted.lastPacket = std::max(counted.lastPacket, duration.value_or(0));
+    totals.end = std::max(totals.end, next - padding.discard);
+    totals.packetEnd = std::max(totals.packetEnd, next);
+    totals.lastPacket = std::max(totals.lastPacket, duration.value_or(0));
     tally.durations += duration.value_or(0);
     ++tally.packets;
   }

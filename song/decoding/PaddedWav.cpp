@@ -63,7 +63,7 @@ std::optional<PcmLayout> readPaddedWav(Input& input) {
       if (!layout) break;
     } else if (startsWith(chunk, "data")) {
       if (!layout) break;
-      // Who writes into a pipe cannot tell how much it will be.
+      // A program that writes to a pipe cannot know the size in advance.
       constexpr std::int64_t untold = 0xFFFF'FFFF;
       const bool isTold = size > 0 && size < untold;
       layout->begin = position;

@@ -15,7 +15,7 @@ struct PcmLayout {
   std::uint64_t speakers = 0;  ///< as in platform::AudioFormat
   int rate = 0;                ///< frames per second
   std::int64_t begin = 0;      ///< byte position of the first frame
-  std::int64_t end = 0;        ///< and behind the last byte, within the file
+  std::int64_t end = 0;        ///< one past the last byte, within the file
 };
 
 /// The samples of a WAV file that says that they fill only the upper part of their bytes

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <type_traits>
+#include <limits>
 #include <utility>
 
 namespace quibel::song {
@@ -18,8 +19,11 @@ float toFloat(std::int8_t value) { return static_cast<float>(value) * (1.0F / 12
 float toFloat(std::int16_t value) { return static_cast<float>(value) * (1.0F / 32768); }
 float toFloat(std::int32_t value) { return static_cast<float>(value) * (1.0F / 2147483648.0F); }
 float toFloat(std::int64_t value) { return static_cast<float>(value) * 0x1p-63F; }
-float toFloat(float value) { return value; }
-float toFloat(double value) { return static_cast<float>(value); }
+// What is no number, or no finite one, is silence.
+float toFloat(float value) {
+  return std::fabs(value) <= std::numeric_limits<float>::max() ? value : 0.0F;
+}
+float toFloat(double value) { return toFloat(static_cast<float>(value)); }
 
 /// A number of `Size` bytes as it lies in a file.
 template <class Number, std::size_t Size, std::endian order>
@@ -116,11 +120,7 @@ void copyFrom(const AVFrame& frame, bool isPlanar, int first, int count, float* 
   }
   for (std::size_t channel = 0; channel < channels; ++channel) {
     const std::uint8_t* const samples = frame.extended_data[channel] + skipped;
-    if constexpr (std::is_same_v<Number, float>) {
-      std::memcpy(out[channel] + at, samples, frames * sizeof(float));
-    } else {
-      convertStride<Sample>(samples, frames, 1, out[channel] + at);
-    }
+    convertStride<Sample>(samples, frames, 1, out[channel] + at);
   }
 }
 

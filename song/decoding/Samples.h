@@ -9,7 +9,7 @@ namespace quibel::song {
 
 /// Writes `count` of a decoded frame's samples, from its sample `first` on, as
 /// 32-bit floats to out[channel][at …], one array for each channel of the frame.
-/// False if its sample format is unknown.
+/// What is no finite number becomes 0. False if its sample format is unknown.
 bool copySamples(const AVFrame& frame, int first, int count, float* const* out, std::uint32_t at);
 
 /// Bytes of one sample of a linear or logarithmic PCM codec that convertPCM()

@@ -15,7 +15,7 @@
 
 namespace quibel::song {
 
-/// What tells one state of one file from every other.
+/// Identifies one version of a file.
 struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;

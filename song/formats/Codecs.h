@@ -10,8 +10,8 @@ namespace quibel::song {
 /// How the place of a packet in its stream is known.
 enum class Clock {
   timestamps,  ///< the container's times are exact to the frame
-  durations,   ///< each packet tells its length: the sum of those before it
-  decoding,    ///< only decoding tells a packet's length
+  durations,   ///< each packet states its length: the sum of those before it
+  decoding,    ///< a packet's length is known only by decoding it
 };
 
 /// The clock of a stream whose container cuts it into packets and gives them

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "song/file/Input.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 

@@ -51,7 +51,7 @@ std::int64_t skipTags(Input& input) {
   return position;
 }
 
-// The position behind the tags that a song ends with. Where one does not tell its size
+// The position after the tags that a song ends with. Where one does not tell its size
 // that is the end of the file.
 std::int64_t skipTagsAtTheEnd(Input& input, std::int64_t position) {
   while (position < input.size()) {
@@ -102,7 +102,7 @@ std::optional<std::int64_t> findFrame(Input& input, std::int64_t begin, std::int
   return std::nullopt;
 }
 
-// Where the file's first frame is. FFmpeg looks for it just as far behind the tags.
+// Where the file's first frame is. FFmpeg looks for it just as far after the tags.
 std::int64_t firstFrame(Input& input) {
   constexpr std::int64_t reach = std::int64_t{64} << 10;
   const std::int64_t behindTags = skipTags(input);
@@ -148,7 +148,7 @@ std::optional<MpegTag> readMpegTag(Input& input) {
   if (input.readAt(position, frame) != static_cast<int>(frame.size())) return std::nullopt;
   const auto header = parseMpegHeader(frame);
   if (!header || header->layer != 3) return std::nullopt;
-  // The tag stands where the frame's data would, behind the side information.
+  // The tag stands where the frame's data would, after the side information.
   const std::size_t sideInformation =
       header->isVersion1 ? (header->isMono ? 17U : 32U) : (header->isMono ? 9U : 17U);
   auto rest = std::span<const std::uint8_t>(frame).subspan(4 + sideInformation);
@@ -215,16 +215,16 @@ std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position)
   return index;
 }
 
-Extent mpegExtent(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag) {
-  Extent extent;
+SongRange mpegRange(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag) {
+  SongRange range;
   std::int64_t end = packets * packetFrames;
   if (tag && tag->hasDelays) {
-    extent.origin = std::min(end, tag->delay + decoderDelay);
+    range.origin = std::min(end, tag->delay + decoderDelay);
     // In a file that is not the one that the tag was made for, who knows.
     if (tag->packets == packets) end -= std::max<std::int64_t>(0, tag->padding - decoderDelay);
   }
-  extent.length = std::max<std::int64_t>(0, end - extent.origin);
-  return extent;
+  range.length = std::max<std::int64_t>(0, end - range.origin);
+  return range;
 }
 
 }  // namespace quibel::song

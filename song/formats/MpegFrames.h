@@ -5,7 +5,7 @@
 #include <span>
 
 #include "song/file/Input.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 
@@ -51,6 +51,6 @@ std::optional<MpegHeader> readFirstMpegHeader(Input& input);
 std::optional<PacketIndex> indexMpegPackets(Input& input, std::int64_t position);
 
 /// The song in a stream of `packets` packets of `packetFrames` frames.
-Extent mpegExtent(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag);
+SongRange mpegRange(std::int64_t packets, int packetFrames, const std::optional<MpegTag>& tag);
 
 }  // namespace quibel::song

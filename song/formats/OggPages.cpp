@@ -16,7 +16,7 @@ constexpr unsigned endsStream = 4;
 
 // Comments with a picture can fill many pages before the first sound.
 constexpr std::int64_t headersLimit = std::int64_t{64} << 20;
-// Pages of other streams may lie behind the last one.
+// Pages of other streams may follow the last one.
 constexpr std::int64_t tailLimit = std::int64_t{1} << 20;
 // More songs than anybody joins.
 constexpr std::size_t maximumLinks = 10'000;
@@ -65,7 +65,7 @@ std::optional<Page> pageAt(Input& input, std::int64_t position) {
 
 // The first page at or behind a position, where damage took away others.
 std::optional<std::int64_t> findPage(Input& input, std::int64_t position) {
-  // Mostly it is near, and there may be one gap behind the other.
+  // Mostly it is near, and there may be one gap after another.
   std::vector<std::uint8_t> block(512);
   while (position < input.size()) {
     const int count = input.readAt(position, block);

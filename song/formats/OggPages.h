@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "song/file/Input.h"
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 namespace quibel::song {
 
 /// The byte positions at which the links of an Ogg file (RFC 3533, 4) begin: one,
-/// unless several songs were put one behind the other. Empty where the file does
+/// unless several songs were put one after the other. Empty where the file does
 /// not begin with a page.
 std::vector<std::int64_t> readOggLinks(Input& input);
 

@@ -1,4 +1,4 @@
-#include "song/formats/Extent.h"
+#include "song/formats/SongRange.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -14,28 +14,28 @@ constexpr AVRational rational(std::int64_t timescale) { return {1, static_cast<i
 
 }  // namespace
 
-Extent extentOf(const Counted& counted, std::optional<std::int64_t> headerLength) {
-  Extent extent;
-  extent.origin = counted.begin + counted.skip;
-  std::int64_t end = counted.end;
+SongRange songRangeOf(const PacketTotals& totals, std::optional<std::int64_t> headerLength) {
+  SongRange range;
+  range.origin = totals.begin + totals.skip;
+  std::int64_t end = totals.end;
   if (headerLength) {
-    const std::int64_t headerEnd = counted.begin + *headerLength;
-    const bool isWithinLastPacket = headerEnd < end && end - headerEnd < counted.lastPacket;
-    if (isWithinLastPacket && counted.end == counted.packetEnd) end = headerEnd;
+    const std::int64_t headerEnd = totals.begin + *headerLength;
+    const bool isWithinLastPacket = headerEnd < end && end - headerEnd < totals.lastPacket;
+    if (isWithinLastPacket && totals.end == totals.packetEnd) end = headerEnd;
   }
-  extent.length = std::max<std::int64_t>(0, end - extent.origin);
-  return extent;
+  range.length = std::max<std::int64_t>(0, end - range.origin);
+  return range;
 }
 
-Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRate) {
+SongRange movieRange(const SongRange& packets, const MovieTrack& track, int outputRate) {
   const AVRational output{1, outputRate};
-  const std::int64_t mediaEnd = counted.origin + counted.length;
+  const std::int64_t mediaEnd = packets.origin + packets.length;
 
   std::optional<std::int64_t> gaplessEnd;
-  if (track.gapless && counted.origin + track.gapless->delay < mediaEnd) {
+  if (track.gapless && packets.origin + track.gapless->delay < mediaEnd) {
     // Of a file that was cut there is less than its note says.
     const std::int64_t noted = track.gapless->delay + track.gapless->length;
-    gaplessEnd = std::min(counted.origin + noted, mediaEnd);
+    gaplessEnd = std::min(packets.origin + noted, mediaEnd);
   }
 
   // From the first edit's beginning to the last one's end; empty edits are silence
@@ -46,14 +46,14 @@ Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRat
   for (const Edit& edit : track.edits) {
     if (edit.mediaTime < 0) continue;
     const auto edited =
-        counted.origin + av_rescale_q(edit.mediaTime, rational(track.mediaTimescale), output);
+        packets.origin + av_rescale_q(edit.mediaTime, rational(track.mediaTimescale), output);
     editBegin = std::min(editBegin, edited);
     editEnd = edit.duration > 0
                   ? edited + av_rescale_q(edit.duration, rational(track.movieTimescale), output)
                   : unlimited;
   }
 
-  std::int64_t begin = counted.origin;
+  std::int64_t begin = packets.origin;
   std::int64_t end = mediaEnd;
   if (editBegin < mediaEnd && editEnd > editBegin) {
     begin = editBegin;
@@ -69,11 +69,11 @@ Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRat
     }
   }
   // Without an edit of any effect, iTunes' own note counts.
-  if (gaplessEnd && begin == counted.origin && end == mediaEnd) {
-    begin = counted.origin + track.gapless->delay;
+  if (gaplessEnd && begin == packets.origin && end == mediaEnd) {
+    begin = packets.origin + track.gapless->delay;
     end = *gaplessEnd;
   }
-  return {counted.clock, begin, end - begin};
+  return {packets.clock, begin, end - begin};
 }
 
 std::int64_t firstGranule(const OggGranules& granules, std::int64_t framesOnFirstPage) {

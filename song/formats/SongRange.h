@@ -24,17 +24,17 @@ struct PacketIndex {
 
 /// Which part of a coded stream is the song. Positions and lengths are in
 /// frames at the output's rate.
-struct Extent {
+struct SongRange {
   Clock clock = Clock::timestamps;
   std::int64_t origin = 0;  ///< coded position of the song's first frame
   std::int64_t length = 0;
   std::shared_ptr<const PacketIndex> index = nullptr;  ///< null where the container finds packets
 
-  friend bool operator==(const Extent&, const Extent&) = default;
+  friend bool operator==(const SongRange&, const SongRange&) = default;
 };
 
 /// What counting a stream's packets found.
-struct Counted {
+struct PacketTotals {
   std::int64_t begin = 0;       ///< coded position of the first packet
   std::int64_t skip = 0;        ///< frames to drop from there, as the packets say
   std::int64_t end = 0;         ///< one past the last frame, less the padding that the packets say
@@ -45,7 +45,7 @@ struct Counted {
 /// The song in a stream whose packets say their own delay and padding. A
 /// header that says somewhat less than the packets hold, by less than a packet,
 /// knows of padding in the last one.
-Extent extentOf(const Counted& counted, std::optional<std::int64_t> headerLength);
+SongRange songRangeOf(const PacketTotals& totals, std::optional<std::int64_t> headerLength);
 
 /// One entry of an MP4 edit list; a negative media time is an empty edit.
 struct Edit {
@@ -67,8 +67,8 @@ struct MovieTrack {
   std::optional<GaplessInfo> gapless;
 };
 
-/// The song in a track of which `counted` holds what its packets deliver.
-Extent movieExtent(const Extent& counted, const MovieTrack& track, int outputRate);
+/// The song in a track of which `packets` holds what its packets deliver.
+SongRange movieRange(const SongRange& packets, const MovieTrack& track, int outputRate);
 
 /// What an Ogg stream's pages say: granule positions.
 struct OggGranules {

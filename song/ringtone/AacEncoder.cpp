@@ -14,8 +14,8 @@ namespace quibel::song {
 
 namespace {
 
-// Of what the encoders get, and the steps of 2^(1/4) that make up for it: tones of 1.88
-// of full scale are still whole.
+// Input is scaled by 1/4; 8 gain steps of 2^(1/4) restore it. Tones of up to 1.88 times full
+// scale stay whole.
 constexpr float headroom = 0.25F;
 constexpr int stepsBack = 8;
 

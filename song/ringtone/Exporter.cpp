@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "song/decoding/RateConverter.h"
@@ -18,6 +19,16 @@ namespace {
 
 // Frames read at a time.
 constexpr std::uint32_t chunkFrames = 8192;
+
+// 24 dB over full scale: no music is as loud, and the encoder fails at numbers of any size.
+constexpr float loudest = 16;
+
+void limit(platform::AudioPCMBuffer& buffer, std::uint32_t channels) {
+  for (std::uint32_t channel = 0; channel < channels; ++channel) {
+    for (float& sample : std::span(buffer.floatChannelData()[channel], buffer.frameLength()))
+      sample = std::clamp(sample, -loudest, loudest);
+  }
+}
 
 }  // namespace
 
@@ -69,6 +80,7 @@ platform::Result<void> exportRange(platform::AudioFile& song, const platform::Ti
     const auto wanted = static_cast<std::uint32_t>(std::min<std::int64_t>(left, chunkFrames));
     if (auto read = song.read(*buffer, wanted); !read) return read;
     if (buffer->frameLength() == 0) return std::unexpected(makeError(Failure::damaged));
+    limit(*buffer, format.channelCount);
     const float* const* const samples = buffer->floatChannelData();
     const int frames = static_cast<int>(buffer->frameLength());
     auto encoded = converter ? encodeConverted(samples, frames) : encode(samples, frames);

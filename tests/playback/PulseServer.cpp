@@ -68,7 +68,7 @@ void PulseServer::start() {
   }
   // It stands for a sound card, which a busy machine keeps waiting no longer than
   // one at rest. By itself it sees to that for only one of its two threads.
-  process_->runBeforeOtherWork();
+  process_->requestRealTimePriority();
 }
 
 void PulseServer::kill() { process_.reset(); }

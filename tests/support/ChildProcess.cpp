@@ -37,7 +37,7 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::signal(int number) const { ::kill(pid_, number); }
 
-void ChildProcess::runBeforeOtherWork() const {
+void ChildProcess::requestRealTimePriority() const {
   const sched_param parameters{.sched_priority = 5};
   static_cast<void>(::sched_setscheduler(pid_, SCHED_RR, &parameters));
 }

@@ -20,7 +20,7 @@ class ChildProcess {
   void signal(int number) const;
 
   /// Gives its first thread real-time priority, where that is allowed.
-  void runBeforeOtherWork() const;
+  void requestRealTimePriority() const;
 
   bool hasEnded();
 

@@ -2,6 +2,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -55,6 +56,20 @@ TEST(PcmSamples, OfEveryCodingBecomeFloats) {
     convertPCM(codec, bytes, 1, out.data(), 0);
     EXPECT_EQ(decoded, samples) << name;
   }
+}
+
+TEST(PcmSamples, ThatAreNoFiniteNumbersAreSilent) {
+  const std::vector<std::uint8_t> floats{0,    0,    0xC0, 0x7F,          // not a number
+                                         0,    0,    0x80, 0x7F,          // infinite
+                                         0,    0,    0x80, 0xFF,          // the same below zero
+                                         0xFF, 0xFF, 0x7F, 0x7F};         // the greatest number
+  const std::vector<std::uint8_t> doubles{0, 0, 0, 0, 0, 0, 0xF0, 0x7E};  // beyond all floats
+  Floats decoded(4, 9);
+  const std::array<float*, 1> out{decoded.data()};
+  convertPCM(AV_CODEC_ID_PCM_F32LE, floats, 1, out.data(), 0);
+  EXPECT_EQ(decoded, (Floats{0, 0, 0, std::numeric_limits<float>::max()}));
+  convertPCM(AV_CODEC_ID_PCM_F64LE, doubles, 1, out.data(), 3);
+  EXPECT_EQ(decoded[3], 0);
 }
 
 TEST(PcmSamples, OfOtherCodecsAreUnknown) {
@@ -118,6 +133,11 @@ TEST(FrameSamples, OfEveryFormatBecomeFloats) {
   expectCopied<std::int64_t>(AV_SAMPLE_FMT_S64, 0, std::int64_t{1} << 62);
   expectCopied<float>(AV_SAMPLE_FMT_FLT, 0, 0.5);
   expectCopied<double>(AV_SAMPLE_FMT_DBL, 0, 0.5);
+}
+
+TEST(FrameSamples, ThatAreNoFiniteNumbersAreSilent) {
+  expectCopied<float>(AV_SAMPLE_FMT_FLT, std::numeric_limits<float>::quiet_NaN(), 0.5);
+  expectCopied<double>(AV_SAMPLE_FMT_DBL, std::numeric_limits<double>::infinity(), 0.5);
 }
 
 TEST(FrameSamples, OfAnUnknownFormatAreNotCopied) {

@@ -69,9 +69,9 @@ TEST(MpegFrame, HeaderTellsRateLengthAndSize) {
 
 TEST(MpegSong, TagGivesDelayAndPadding) {
   const MpegTag tag{.packets = 78, .delay = 576, .padding = 1080, .hasDelays = true};
-  EXPECT_EQ(mpegExtent(78, 1152, tag), (Extent{Clock::timestamps, 1105, 88'200}));
-  EXPECT_EQ(mpegExtent(60, 1152, tag).length, 60 * 1152 - 1105) << "cut: no padding is left";
-  EXPECT_EQ(mpegExtent(78, 1152, std::nullopt).length, 78 * 1152);
+  EXPECT_EQ(mpegRange(78, 1152, tag), (SongRange{Clock::timestamps, 1105, 88'200}));
+  EXPECT_EQ(mpegRange(60, 1152, tag).length, 60 * 1152 - 1105) << "cut: no padding is left";
+  EXPECT_EQ(mpegRange(78, 1152, std::nullopt).length, 78 * 1152);
 }
 
 TEST(MpegTag, StatesFramesAndDelays) {

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "platform/StereoMix.h"
 #include "tests/song/Boxes.h"
@@ -175,6 +176,18 @@ TEST_F(Export, EveryChannelIsExportedAsItIsHeard) {
       }
     }
   }
+}
+
+TEST_F(Export, NumbersBeyondAllMeasureSpoilNothingElse) {
+  Sound source = sine(44'100, 2, 88'200, 440);
+  source.channels[0][30'000] = std::numeric_limits<float>::quiet_NaN();
+  source.channels[0][30'100] = std::numeric_limits<float>::infinity();
+  std::fill_n(source.channels[1].begin() + 31'000, 1'000, 1e30F);
+  writeWav(file("song.wav"), source, WavFormat::float32);
+  const Sound result = readAll(exported(file("song.wav"), 0, 2));
+  ASSERT_EQ(result.frames(), 88'200U);
+  for (const auto& channel : result.channels)
+    EXPECT_NEAR(level(channel, 60'000, 80'000), 20 * std::log10(0.5 / std::sqrt(2)), 0.1);
 }
 
 }  // namespace
