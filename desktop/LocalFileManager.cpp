@@ -142,7 +142,10 @@ Result<off_t> regularFileSize(int fd) {
 
 FileURL LocalFileManager::temporaryDirectory() const {
   const char* const folder = std::getenv("TMPDIR");
-  return FileURL(folder != nullptr && folder[0] == '/' ? folder : "/tmp");
+  struct stat status{};
+  const bool isUsable = folder != nullptr && folder[0] == '/' && ::stat(folder, &status) == 0 &&
+                        S_ISDIR(status.st_mode);
+  return FileURL(isUsable ? folder : "/tmp");
 }
 
 bool LocalFileManager::fileExists(const FileURL& url) const {

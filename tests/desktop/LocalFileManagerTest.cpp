@@ -201,6 +201,8 @@ TEST_F(LocalFiles, ANamesBytesReachTheDiskAsTheyAre) {
 TEST_F(LocalFiles, TheTemporaryFolderIsTheOneThatTheSystemNames) {
   ::setenv("TMPDIR", "/var/tmp/", 1);
   EXPECT_EQ(files.temporaryDirectory(), FileURL("/var/tmp"));
+  ::setenv("TMPDIR", "/nowhere", 1);
+  EXPECT_EQ(files.temporaryDirectory(), FileURL("/tmp")) << "as the one named is not there";
   ::setenv("TMPDIR", "relative", 1);
   EXPECT_EQ(files.temporaryDirectory(), FileURL("/tmp"));
   ::unsetenv("TMPDIR");
