@@ -44,7 +44,11 @@ std::optional<platform::FileURL> chosenIn(const QVariantMap& results) {
 /// Keeps the person's hands off every window of ours while it runs, without showing.
 class Blocker final : public QDialog {
  public:
-  explicit Blocker(QWidget* parent) : QDialog(parent) { setAttribute(Qt::WA_DontShowOnScreen); }
+  /// A screen reader may come across it, and then says the title.
+  Blocker(QWidget* parent, const QString& title) : QDialog(parent) {
+    setAttribute(Qt::WA_DontShowOnScreen);
+    setWindowTitle(title);
+  }
 };
 
 }  // namespace
@@ -60,7 +64,7 @@ PortalFileChooser::ask(const FileQuestion& question) {
   std::optional<ExportedWindow> exported;
   if (window && window->windowHandle()) exported.emplace(*window->windowHandle());
 
-  Blocker blocker(window);
+  Blocker blocker(window, question.title);
   auto outcome = PortalRequest::Outcome::cancelled;
   std::optional<platform::FileURL> chosen;
   const PortalRequest request(
