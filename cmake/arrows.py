@@ -2,8 +2,8 @@
 """arrows.py: holds every #include to the arrows that ARCHITECTURE.md draws, and to no circle.
 
 An arrow means "may know", also of what is below: app --> views and views --> model let app
-include both. A dotted one, of what is loaded later, ends where it leads. Exits with 1 where a source includes what no arrow leads to, or where headers
-include each other in a circle."""
+include both. A dotted one, of what is loaded later, ends where it leads. Exits with 1 if a
+source includes what no arrow leads to, or if headers include each other in a circle."""
 
 import pathlib
 import re

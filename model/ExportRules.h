@@ -11,8 +11,8 @@ namespace quibel {
 /// Only the last extension is replaced.
 std::string proposedFileName(const platform::FileURL& song);
 
-/// The name of a ringtone while it waits to replace one of the wanted name, in the same
-/// folder: whoever finds it knows what it is.
+/// The name of a finished ringtone that is about to replace another in the same folder. If the
+/// program ends before it does, the name still says what the file is.
 std::string replacementName(const std::string& uuid);
 
 /// The part of the song that a fragment exports: from `start` on, `end` − `start`

@@ -14,7 +14,7 @@ struct AudioFormat {
   std::uint32_t channelCount = 0;
 
   /// The speakers that the channels are meant for, in their order: a bit each, those of
-  /// WAVEFORMATEXTENSIBLE's dwChannelMask. 0 for mono and stereo, and where nobody says.
+  /// WAVEFORMATEXTENSIBLE's dwChannelMask. 0 for mono and stereo, and if the song does not say.
   std::uint64_t speakers = 0;
 
   friend bool operator==(const AudioFormat&, const AudioFormat&) = default;

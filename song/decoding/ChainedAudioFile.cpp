@@ -127,9 +127,7 @@ platform::Result<void> ChainedAudioFile::fill() {
 
 platform::Result<void> ChainedAudioFile::read(platform::AudioPCMBuffer& into,
                                               std::uint32_t frameCount) try {
-  into.setFrameLength(0);
-  const auto wanted = static_cast<std::uint32_t>(
-      std::min<std::int64_t>({frameCount, into.frameCapacity(), length_ - position_}));
+  const auto wanted = beginRead(into, frameCount, length_ - position_);
   for (std::uint32_t filled = 0; filled < wanted;) {
     const std::int64_t sectionEnd = sections_[current_].begin + sections_[current_].length;
     if (position_ >= sectionEnd) {

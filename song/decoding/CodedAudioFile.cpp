@@ -120,9 +120,7 @@ platform::Result<void> CodedAudioFile::advance() {
 
 platform::Result<void> CodedAudioFile::read(platform::AudioPCMBuffer& into,
                                             std::uint32_t frameCount) try {
-  into.setFrameLength(0);
-  const auto wanted = static_cast<std::uint32_t>(
-      std::min<std::int64_t>({frameCount, into.frameCapacity(), length() - position_}));
+  const auto wanted = beginRead(into, frameCount, length() - position_);
   const auto channels = static_cast<std::uint32_t>(plan_.channels);
   float* const* const out = into.floatChannelData();
   for (std::uint32_t filled = 0; filled < wanted;) {

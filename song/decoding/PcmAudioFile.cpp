@@ -107,9 +107,7 @@ std::unique_ptr<platform::AudioPCMBuffer> PcmAudioFile::makeBuffer(
 
 platform::Result<void> PcmAudioFile::read(platform::AudioPCMBuffer& into,
                                           std::uint32_t frameCount) try {
-  into.setFrameLength(0);
-  const auto wanted = static_cast<std::uint32_t>(
-      std::min<std::int64_t>({frameCount, into.frameCapacity(), length_ - position_}));
+  const auto wanted = beginRead(into, frameCount, length_ - position_);
   const auto frameSize = static_cast<std::size_t>(frameSize_);
   const std::size_t framesPerChunk = std::max<std::size_t>(1, chunkSize / frameSize);
   bytes_.resize(framesPerChunk * frameSize);

@@ -150,56 +150,67 @@ INSTANTIATE_TEST_SUITE_P(That, EveryReadAndWrite,
                            return parameter.param == Fate::doesHalf ? "DoesHalf" : "IsInterrupted";
                          });
 
-// The program's sudden end before each of its calls. A process for each, made
-// while this one has no other thread.
-TEST(SuddenEnd, LeavesTheSongAndAtMostATemporaryFileOrTheWholeRingtone) {
-  Workshop workshop;
-  const int unnamed = ::open(workshop.home().c_str(), O_WRONLY | O_TMPFILE, 0600);
-  if (unnamed < 0) GTEST_SKIP() << "a file must have a name here from the beginning";
-  ::close(unnamed);
-  const auto song = workshop.writeSong(seconds);
-  const auto tone = workshop.file("tono.m4r");
-  const auto songBytes = readBytes(song);
-  workshop.load(song);
-  std::vector<std::size_t> sizes;
-  bool ended = true;
-  for (std::size_t number = 1; ended; ++number) {
+/// The program's sudden end before each of its calls: a process for each, made while this
+/// one has no other thread.
+struct SuddenEnd : testing::Test {
+  void SetUp() override {
+    const int unnamed = ::open(workshop.home().c_str(), O_WRONLY | O_TMPFILE, 0600);
+    if (unnamed < 0) GTEST_SKIP() << "a file must have a name here from the beginning";
+    ::close(unnamed);
+    workshop.load(song);
+  }
+
+  /// Exports in a process that ends before its call of that number. False where it makes
+  /// fewer: then the ringtone must be saved.
+  bool exportEndsAt(std::size_t number) {
     const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
+    EXPECT_GE(child, 0);
+    if (child < 0) return false;
     if (child == 0) {
       const SystemCalls calls(workshop.folder(), {number, Fate::endsTheProgram});
       workshop.exportTo(tone);
       ::_exit(isSaved(workshop) ? 0 : 1);
     }
     int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ended = WIFSIGNALED(status);
-    if (!ended) {
-      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << number;
-      EXPECT_GT(number, 20U);
-    }
-    EXPECT_TRUE(readBytes(song) == songBytes) << number;
-    if (std::filesystem::exists(tone)) sizes.push_back(std::filesystem::file_size(tone));
-    std::filesystem::remove(tone);
-    EXPECT_EQ(Workshop::namesIn(workshop.home()), std::vector<std::string>{"canción.wav"});
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    if (WIFSIGNALED(status)) return true;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << number;
+    EXPECT_GT(number, 20U);
+    return false;
+  }
+
+  /// Nothing but temporary files may be left of it there.
+  void removeTemporaryFiles() const {
     for (const auto& left : Workshop::namesIn(workshop.temporary())) {
       EXPECT_TRUE(left.ends_with(".m4a")) << left;
       std::filesystem::remove(workshop.temporary() / left);
     }
+  }
+
+  Workshop workshop;
+  std::filesystem::path song = workshop.writeSong(seconds);
+  std::filesystem::path tone = workshop.file("tono.m4r");
+};
+
+TEST_F(SuddenEnd, LeavesTheSongAndAtMostATemporaryFileOrTheWholeRingtone) {
+  const auto songBytes = readBytes(song);
+  std::vector<std::size_t> sizes;
+  bool ended = true;
+  for (std::size_t number = 1; ended; ++number) {
+    ended = exportEndsAt(number);
+    EXPECT_TRUE(readBytes(song) == songBytes) << number;
+    if (std::filesystem::exists(tone)) sizes.push_back(std::filesystem::file_size(tone));
+    std::filesystem::remove(tone);
+    EXPECT_EQ(Workshop::namesIn(workshop.home()), std::vector<std::string>{"canción.wav"});
+    removeTemporaryFiles();
   }
   // The last one was left alone: every ringtone there was is as long as its.
   ASSERT_FALSE(sizes.empty());
   EXPECT_THAT(sizes, testing::Each(sizes.back()));
 }
 
-TEST(SuddenEnd, LeavesTheOldRingtoneOrTheWholeNewOne) {
-  Workshop workshop;
-  const int unnamed = ::open(workshop.home().c_str(), O_WRONLY | O_TMPFILE, 0600);
-  if (unnamed < 0) GTEST_SKIP() << "a file must have a name here from the beginning";
-  ::close(unnamed);
-  workshop.load(workshop.writeSong(seconds));
+TEST_F(SuddenEnd, LeavesTheOldRingtoneOrTheWholeNewOne) {
   const auto whole = ringtoneOf(workshop);
-  const auto tone = workshop.file("tono.m4r");
   const std::vector<std::uint8_t> old{1, 2, 3};
   bool ended = true;
   for (std::size_t number = 1; ended; ++number) {
@@ -207,16 +218,7 @@ TEST(SuddenEnd, LeavesTheOldRingtoneOrTheWholeNewOne) {
       if (name.ends_with(".m4r")) std::filesystem::remove(workshop.file(name));
     }
     writeBytes(tone, old);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      const SystemCalls calls(workshop.folder(), {number, Fate::endsTheProgram});
-      workshop.exportTo(tone);
-      ::_exit(isSaved(workshop) ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ended = WIFSIGNALED(status);
+    ended = exportEndsAt(number);
     auto names = Workshop::namesIn(workshop.home());
     std::erase(names, "canción.wav");
     // Beside the old one the new one may be, and then it is whole.
@@ -225,8 +227,7 @@ TEST(SuddenEnd, LeavesTheOldRingtoneOrTheWholeNewOne) {
       const auto bytes = readBytes(workshop.file(name));
       EXPECT_TRUE(bytes == whole || (name == "tono.m4r" && bytes == old)) << number << ": " << name;
     }
-    for (const auto& left : Workshop::namesIn(workshop.temporary()))
-      std::filesystem::remove(workshop.temporary() / left);
+    removeTemporaryFiles();
   }
   EXPECT_TRUE(readBytes(tone) == whole);
 }
